@@ -1,0 +1,18 @@
+# Warnings every target of the project is built with.
+add_library(zw_warnings INTERFACE)
+target_compile_options(zw_warnings INTERFACE -Wall -Wextra -Wpedantic)
+if(ZW_WARNINGS_AS_ERRORS)
+  target_compile_options(zw_warnings INTERFACE -Werror)
+endif()
+
+# Adds a shared library of the host platform: sources, public headers under host/include.
+function(zw_add_host_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  add_library(${name} SHARED ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/host/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS} zw_warnings)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

@@ -1,0 +1,55 @@
+#pragma once
+// Entries of an open package, listed and read through a manager.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "opc/file_system_ops_selector.hpp"
+#include "opc/model/package.hpp"
+
+namespace opc::zwservices {
+
+/** One leaf of a package: a cheaply copied handle that shares the entry's description. */
+class FileSystemEntry {
+public:
+    struct Info {
+        std::uint64_t index = 0;      // position in the central directory
+        std::u16string path;          // full name inside the package
+        std::uint64_t size = 0;       // declared uncompressed size
+        std::uint32_t crc = 0;        // declared CRC-32
+    };
+
+    FileSystemEntry() = default;
+    explicit FileSystemEntry(std::shared_ptr<const Info> info) : info_(std::move(info)) {}
+
+    /** The entry's name without the folders above it. */
+    std::u16string getBaseName() const;
+    /** The entry's full name inside the package. */
+    const std::u16string& getPath() const { return info_->path; }
+    const Info& info() const { return *info_; }
+
+private:
+    std::shared_ptr<const Info> info_;
+};
+
+class FileSystemManager {
+public:
+    /** A manager of the entries of `package`, which must outlive it and be opened before use. */
+    FileSystemManager(model::Package& package, const FileSystemOpsSelector& selector);
+    FileSystemManager(const FileSystemManager&) = delete;
+    FileSystemManager& operator=(const FileSystemManager&) = delete;
+
+    /** Every file entry (not folders) of the open package, in central-directory order. */
+    std::vector<FileSystemEntry> getAllLeafs() const;
+
+    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked; throws otherwise. */
+    std::string readEntry(const FileSystemEntry& entry, std::uint64_t limit) const;
+
+private:
+    model::Package& package_;
+    const FileSystemOpsSelector& selector_;
+};
+
+} // namespace opc::zwservices

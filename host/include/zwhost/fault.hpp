@@ -1,0 +1,45 @@
+#pragma once
+// Test-only fault injection of the host platform: any named host operation can be made to
+// throw on its n-th call, so that tests can force every failure path of the library.
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace zwhost::fault {
+
+/** The exception a host operation throws when a fault was injected into it. */
+struct InjectedFault : std::runtime_error {
+    explicit InjectedFault(const std::string& operation)
+        : std::runtime_error("injected fault in " + operation) {}
+};
+
+/** Make `operation` throw InjectedFault on its `nth` call from now on (1 is the next call). */
+void failOn(std::string_view operation, std::uint64_t nth);
+
+/** Make the `nth` fault point reached from now on throw, whatever its operation. */
+void failAtPoint(std::uint64_t nth);
+
+/** Disarm every fault and zero the counters. */
+void reset();
+
+/** Number of fault points reached since the last reset (all operations together). */
+std::uint64_t pointsReached();
+
+/** Number of calls of `operation` since the last reset. */
+std::uint64_t callsOf(std::string_view operation);
+
+/** Marks a fault point: called by a host operation on entry; throws when a fault is due. */
+void point(std::string_view operation);
+
+/** Arms faults for the lifetime of a scope and resets them on leaving it. */
+class Scope {
+public:
+    Scope() { reset(); }
+    ~Scope() { reset(); }
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+};
+
+} // namespace zwhost::fault

@@ -1,0 +1,134 @@
+#include <string_view>
+
+#include <boost/json/kind.hpp>
+
+#include "reference/docparser/doc_resource_parser.hpp"
+#include "utf8_to_utf16.hpp"
+#include "zwhost/fault.hpp"
+
+namespace reference::docparser {
+namespace {
+
+using ParsingTools = DocResourceParser::ParsingTools;
+
+[[noreturn]] void wrongKind(std::string_view what, std::string_view expected,
+                            const boost::json::value* found) {
+    std::string message(what);
+    message += ": expected ";
+    message += expected;
+    message += ", found ";
+    if (found == nullptr) {
+        message += "nothing";
+    } else {
+        const boost::json::string_view kind = boost::json::to_string(found->kind());
+        message.append(kind.data(), kind.size());
+    }
+    throw CatalogueFormatError(message);
+}
+
+std::string memberName(std::string_view key) {
+    std::string name = "member \"";
+    name += key;
+    name += '"';
+    return name;
+}
+
+bool isTrimmedSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// The white space that Text removes is ASCII, so it is trimmed before conversion.
+std::u16string convert(std::string_view text, ParsingTools::StringParsingType type) {
+    if (type == ParsingTools::Text) {
+        while (!text.empty() && isTrimmedSpace(text.front())) {
+            text.remove_prefix(1);
+        }
+        while (!text.empty() && isTrimmedSpace(text.back())) {
+            text.remove_suffix(1);
+        }
+    }
+    return zwhost::reference::detail::utf8ToUtf16(text);
+}
+
+std::u16string optionalHeaderString(const boost::json::object& header, std::string_view key) {
+    const boost::json::value* member = header.if_contains(key);
+    if (member == nullptr) {
+        return {};
+    }
+    if (!member->is_string()) {
+        wrongKind("header " + memberName(key), "a string", member);
+    }
+    return convert(member->get_string(), ParsingTools::Verbatim);
+}
+
+} // namespace
+
+reference::property::HeaderInfo ParsingTools::getHeaderInfo(const boost::json::value& root) {
+    zwhost::fault::point("ParsingTools::getHeaderInfo");
+    if (!root.is_object()) {
+        wrongKind("catalogue root", "an object", &root);
+    }
+    const boost::json::value* header = root.get_object().if_contains("header");
+    if (header == nullptr || !header->is_object()) {
+        wrongKind(memberName("header"), "an object", header);
+    }
+    const boost::json::object& members = header->get_object();
+    return reference::property::HeaderInfo(
+        optionalHeaderString(members, "product"), optionalHeaderString(members, "version"),
+        optionalHeaderString(members, "helpFolder"), optionalHeaderString(members, "locale"));
+}
+
+const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& value,
+                                                     const std::string& key) {
+    zwhost::fault::point("ParsingTools::getJsonArray");
+    if (!value.is_object()) {
+        wrongKind("value holding " + memberName(key), "an object", &value);
+    }
+    const boost::json::value* member = value.get_object().if_contains(key);
+    if (member == nullptr || !member->is_array()) {
+        wrongKind(memberName(key), "an array", member);
+    }
+    return member->get_array();
+}
+
+const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& value) {
+    zwhost::fault::point("ParsingTools::getJsonArray");
+    if (!value.is_array()) {
+        wrongKind("value", "an array", &value);
+    }
+    return value.get_array();
+}
+
+std::u16string ParsingTools::getFluString(const boost::json::object& object, const std::string& key,
+                                          StringParsingType type) {
+    zwhost::fault::point("ParsingTools::getFluString");
+    const boost::json::value* member = object.if_contains(key);
+    if (member == nullptr || !member->is_string()) {
+        wrongKind(memberName(key), "a string", member);
+    }
+    return convert(member->get_string(), type);
+}
+
+std::u16string ParsingTools::getFluString(const boost::json::value& value, StringParsingType type) {
+    zwhost::fault::point("ParsingTools::getFluString");
+    if (!value.is_string()) {
+        wrongKind("array element", "a string", &value);
+    }
+    return convert(value.get_string(), type);
+}
+
+std::u16string ParsingTools::getFluStringWithFallback(const boost::json::object& object,
+                                                      const std::string& key,
+                                                      StringParsingType type) {
+    zwhost::fault::point("ParsingTools::getFluStringWithFallback");
+    const boost::json::value* member = object.if_contains(key);
+    if (member == nullptr || member->is_null()) {
+        return {};
+    }
+    if (!member->is_string()) {
+        wrongKind(memberName(key), "a string", member);
+    }
+    return convert(member->get_string(), type);
+}
+
+} // namespace reference::docparser

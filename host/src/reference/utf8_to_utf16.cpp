@@ -1,0 +1,95 @@
+#include "utf8_to_utf16.hpp"
+
+#include <cstdint>
+#include <cstring>
+
+#include "reference/docparser/catalogue_format_error.hpp"
+
+namespace zwhost::reference::detail {
+namespace {
+
+[[noreturn]] void malformed(std::size_t offset) {
+    throw ::reference::docparser::CatalogueFormatError("malformed UTF-8 at byte " +
+                                                       std::to_string(offset));
+}
+
+bool isContinuation(unsigned char byte) {
+    return (byte & 0xC0U) == 0x80U;
+}
+
+} // namespace
+
+std::u16string utf8ToUtf16(std::string_view text) {
+    // UTF-16 never needs more units than UTF-8 has bytes; the string is shrunk at the end.
+    std::u16string out;
+    out.resize(text.size());
+    char16_t* dst = out.data();
+    const auto* src = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t size = text.size();
+    std::size_t i = 0;
+    while (i < size) {
+        // ASCII fast path: eight bytes at a time while none has its high bit set.
+        while (i + 8 <= size) {
+            std::uint64_t block;
+            std::memcpy(&block, src + i, sizeof block);
+            if ((block & 0x8080808080808080ULL) != 0) {
+                break;
+            }
+            for (int k = 0; k < 8; ++k) {
+                *dst++ = static_cast<char16_t>(src[i + k]);
+            }
+            i += 8;
+        }
+        if (i >= size) {
+            break;
+        }
+        const unsigned char lead = src[i];
+        if (lead < 0x80U) {
+            *dst++ = lead;
+            ++i;
+            continue;
+        }
+        std::uint32_t code;
+        std::size_t length;
+        std::uint32_t least;
+        if ((lead & 0xE0U) == 0xC0U) {
+            code = lead & 0x1FU;
+            length = 2;
+            least = 0x80;
+        } else if ((lead & 0xF0U) == 0xE0U) {
+            code = lead & 0x0FU;
+            length = 3;
+            least = 0x800;
+        } else if ((lead & 0xF8U) == 0xF0U) {
+            code = lead & 0x07U;
+            length = 4;
+            least = 0x10000;
+        } else {
+            malformed(i);
+        }
+        if (i + length > size) {
+            malformed(i);
+        }
+        for (std::size_t k = 1; k < length; ++k) {
+            if (!isContinuation(src[i + k])) {
+                malformed(i);
+            }
+            code = (code << 6) | (src[i + k] & 0x3FU);
+        }
+        if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+            malformed(i);
+        }
+        if (code >= 0x10000) {
+            code -= 0x10000;
+            *dst++ = static_cast<char16_t>(0xD800 + (code >> 10));
+            *dst++ = static_cast<char16_t>(0xDC00 + (code & 0x3FFU));
+        } else {
+            *dst++ = static_cast<char16_t>(code);
+        }
+        i += length;
+    }
+    out.resize(static_cast<std::size_t>(dst - out.data()));
+    return out;
+}
+
+} // namespace zwhost::reference::detail

@@ -1,0 +1,144 @@
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <numeric>
+
+#include "matrix/matrix.hpp"
+#include "zwhost/fault.hpp"
+
+namespace {
+
+std::atomic<std::int64_t> liveArrays{0};
+
+zxArray_tag* newArray(cppcompat::detail::span::span<unsigned long const> dims, zxClassID classID) {
+    zwhost::fault::point("matrix::createArray");
+    auto* array = new zxArray_tag;
+    array->classID = classID;
+    array->dims.assign(dims.begin(), dims.end());
+    liveArrays.fetch_add(1, std::memory_order_relaxed);
+    return array;
+}
+
+std::byte* allocateData(std::uint64_t count, std::size_t elementBytes) {
+    const std::uint64_t bytes = count * elementBytes;
+    if (elementBytes != 0 && bytes / elementBytes != count) {
+        throw std::bad_alloc();
+    }
+    return static_cast<std::byte*>(::operator new(bytes == 0 ? 1 : bytes));
+}
+
+} // namespace
+
+void intrusive_ptr_add_ref(const zxArray_tag* array) {
+    std::atomic_ref<std::uint32_t>(const_cast<zxArray_tag*>(array)->refCount)
+        .fetch_add(1, std::memory_order_relaxed);
+}
+
+void intrusive_ptr_release(const zxArray_tag* array) {
+    matrix::releaseArray(array);
+}
+
+std::uint64_t zxGetNumberOfElements(const zxArray_tag* array) {
+    return std::accumulate(array->dims.begin(), array->dims.end(), std::uint64_t{1},
+                           std::multiplies<>());
+}
+
+namespace matrix {
+
+void destroyArray(zxArray_tag* array) {
+    if (array == nullptr) {
+        return;
+    }
+    ::operator delete(array->realData);
+    ::operator delete(array->imagData);
+    delete array;
+    liveArrays.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void releaseArray(const zxArray_tag* array) {
+    if (array == nullptr) {
+        return;
+    }
+    auto* mutableArray = const_cast<zxArray_tag*>(array);
+    std::atomic_ref<std::uint32_t> count(mutableArray->refCount);
+    if (mutableArray->holdWord == 0) {
+        if (count.fetch_sub(1, std::memory_order_acq_rel) <= 1) {
+            destroyArray(mutableArray);
+        }
+        return;
+    }
+    count.fetch_sub(1, std::memory_order_acq_rel);
+}
+
+zx_array_handle from_zentab(zxArray_tag* const& array) {
+    return zx_array_handle(array);
+}
+
+namespace detail {
+
+zxArray_tag* do_create_uninitnumeric(cppcompat::detail::span::span<unsigned long const> dims,
+                                     zxClassID classID, zxComplexity complexity) {
+    const std::size_t elementBytes = elementSizeOf(classID);
+    if (elementBytes == 0) {
+        throw std::invalid_argument("do_create_uninitnumeric: not a numeric class");
+    }
+    zx_array_handle array(newArray(dims, classID));
+    array->complexity = complexity;
+    array->elementBytes = elementBytes;
+    const std::uint64_t count = zxGetNumberOfElements(array.get());
+    array->realData = allocateData(count, elementBytes);
+    if (complexity == zxCOMPLEX) {
+        array->imagData = allocateData(count, elementBytes);
+    }
+    return array.release();
+}
+
+} // namespace detail
+
+zxArray_tag* createCharRow(std::u16string_view text) {
+    const unsigned long dims[] = {1, text.size()};
+    zx_array_handle array(newArray(dims, zxCHAR_CLASS));
+    array->elementBytes = sizeof(char16_t);
+    array->realData = allocateData(text.size(), sizeof(char16_t));
+    std::memcpy(array->realData, text.data(), text.size() * sizeof(char16_t));
+    return array.release();
+}
+
+zxArray_tag* createCellArray(cppcompat::detail::span::span<unsigned long const> dims) {
+    zx_array_handle array(newArray(dims, zxCELL_CLASS));
+    array->cells.resize(zxGetNumberOfElements(array.get()));
+    return array.release();
+}
+
+std::size_t elementSizeOf(zxClassID classID) {
+    switch (classID) {
+    case zxLOGICAL_CLASS:
+    case zxINT8_CLASS:
+    case zxUINT8_CLASS:
+        return 1;
+    case zxINT16_CLASS:
+    case zxUINT16_CLASS:
+        return 2;
+    case zxSINGLE_CLASS:
+    case zxINT32_CLASS:
+    case zxUINT32_CLASS:
+        return 4;
+    case zxDOUBLE_CLASS:
+    case zxINT64_CLASS:
+    case zxUINT64_CLASS:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+} // namespace matrix
+
+namespace zwhost::arrays {
+
+std::int64_t liveCount() {
+    return liveArrays.load(std::memory_order_relaxed);
+}
+
+} // namespace zwhost::arrays

@@ -1,0 +1,124 @@
+#include "catalogue_parser.hpp"
+
+#include <utility>
+
+#include <boost/json/monotonic_resource.hpp>
+#include <boost/json/parse.hpp>
+
+#include "static_objects.hpp"
+
+namespace example::docparser::detail {
+namespace {
+
+using reference::docparser::DocResource;
+using ParsingTools = reference::docparser::DocResourceParser::ParsingTools;
+
+constexpr std::size_t kInitialBlockBytes = 1024;
+
+std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
+    std::vector<DocIDLink> links;
+    const auto member = entry.find(kKeyDocidLinks);
+    if (member == entry.end()) {
+        return links;
+    }
+    const boost::json::array& linkArray = ParsingTools::getJsonArray(member->value());
+    links.reserve(linkArray.size());
+    for (const boost::json::value& element : linkArray) {
+        const boost::json::object& link = element.as_object();
+        std::u16string docID = ParsingTools::getFluString(link, kKeyDocid, ParsingTools::Verbatim);
+        std::u16string target = ParsingTools::getFluString(link, kKeyTarget, ParsingTools::Verbatim);
+        links.emplace_back(std::move(docID), std::move(target));
+    }
+    return links;
+}
+
+ExampleType::Value getExampleType(const boost::json::object& entry) {
+    ExampleType::Value exampleType = ExampleType::getDefaultValue();
+    const auto member = entry.find(kKeyExampleType);
+    if (member != entry.end()) {
+        const boost::json::string& text = member->value().as_string();
+        // An unreadable kind never costs the entry: it keeps the default.
+        try {
+            exampleType = ExampleType::stringToEnum(std::string_view(text.data(), text.size()));
+        } catch (...) {
+        }
+    }
+    return exampleType;
+}
+
+} // namespace
+
+std::vector<std::u16string> getStringArray(const boost::json::object& entry, std::string_view key,
+                                           ParsingTools::StringParsingType type) {
+    std::vector<std::u16string> strings;
+    const auto member = entry.find(key);
+    if (member == entry.end()) {
+        return strings;
+    }
+    const boost::json::array& array = ParsingTools::getJsonArray(member->value());
+    strings.reserve(array.size());
+    for (const boost::json::value& element : array) {
+        strings.push_back(ParsingTools::getFluString(element, type));
+    }
+    return strings;
+}
+
+ExampleCatalogues parseExampleCatalogue(const std::string& text) {
+    // Every JSON node lives in this resource and is freed with it as a whole; the value
+    // is declared after it, so it goes first.
+    boost::json::monotonic_resource memory(kInitialBlockBytes);
+    const boost::json::value root = boost::json::parse(text, &memory);
+
+    reference::property::HeaderInfo header = ParsingTools::getHeaderInfo(root);
+    const boost::json::array& itemArray = ParsingTools::getJsonArray(root, kKeyExampleItems);
+
+    std::map<std::u16string, std::vector<ExampleItem>> items;
+    auto hint = items.end();
+    for (const boost::json::value& element : itemArray) {
+        // The order of these reads decides which failure ends the file first.
+        const boost::json::object& entry = element.as_object();
+        std::u16string name = ParsingTools::getFluString(entry, kKeyName, ParsingTools::Verbatim);
+        std::u16string component =
+            ParsingTools::getFluString(entry, kKeyComponent, ParsingTools::Verbatim);
+        std::u16string title = ParsingTools::getFluString(entry, kKeyTitle, ParsingTools::Text);
+        std::u16string description =
+            ParsingTools::getFluStringWithFallback(entry, kKeyDescription, ParsingTools::Text);
+        std::u16string thumbnail =
+            ParsingTools::getFluString(entry, kKeyThumbnail, ParsingTools::Verbatim);
+        const ExampleType::Value exampleType = getExampleType(entry);
+
+        // The key always has its "/", also when a half is empty.
+        std::u16string id;
+        id.reserve(component.size() + 1 + name.size());
+        id += component;
+        id += u'/';
+        id += name;
+
+        std::u16string openCommand =
+            ParsingTools::getFluStringWithFallback(entry, kKeyOpenCmd, ParsingTools::Text);
+        if (openCommand.empty()) {
+            openCommand.reserve(13 + id.size() + 3);
+            openCommand += u"openExample('";
+            openCommand += id;
+            openCommand += u"');";
+        }
+        std::vector<std::u16string> relativePaths =
+            getStringArray(entry, kKeyRelativePath, ParsingTools::Verbatim);
+        std::vector<std::u16string> supportingFiles =
+            getStringArray(entry, kKeySupportingFiles, ParsingTools::Text);
+        std::vector<DocIDLink> docIDLinks = getDocIDLinks(entry);
+
+        hint = items.try_emplace(hint, std::move(id));
+        hint->second.emplace_back(std::move(name), std::move(component), std::move(title),
+                                  std::move(description), std::move(relativePaths),
+                                  std::move(thumbnail), exampleType, std::move(openCommand),
+                                  std::move(supportingFiles), std::move(docIDLinks));
+    }
+
+    DocResource<ExampleItem> catalogue{std::move(header), std::move(items)};
+    ExampleCatalogues result;
+    result.emplace(catalogue.header.getHelpFolder(), std::move(catalogue));
+    return result;
+}
+
+} // namespace example::docparser::detail
