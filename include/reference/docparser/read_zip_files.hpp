@@ -1,0 +1,75 @@
+#pragma once
+// Reading the catalogues inside zip packages.
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "opc/file_system_ops_selector.hpp"
+#include "opc/model/package.hpp"
+#include "opc/zippackage/zip_physical_package.hpp"
+#include "opc/zwservices/file_system.hpp"
+#include "reference/docparser/doc_resource_parser.hpp"
+#include "reference/docparser/read_json_files.hpp"
+#include "storage/microservicestoragesystem/storage_system.hpp"
+
+namespace reference::docparser {
+
+template <class T>
+DocResourceParser::ParsingResults<T> DocResourceParser::ParsingTools::readZipFiles(
+    const std::vector<ProductPathData>& products, const ParsingInfo<T>& info) {
+    // One selector serves every package of the call; the storage reference is dropped once it
+    // is built. A failure here is a failure of the set-up and leaves the whole parse.
+    const opc::FileSystemOpsSelector selector = [] {
+        const auto storage = storage::microservicestoragesystem::GetStorageSystemReference();
+        return opc::FileSystemOpsSelector(storage);
+    }();
+
+    ParsingResults<T> result;
+    for (const ProductPathData& product : products) {
+        // A package that cannot be opened, listed or scanned is given up whole, like a package
+        // that does not exist; the failure is dropped without a word. The objects of the turn
+        // are declared in building order, so they are destroyed records first, package last.
+        try {
+            const std::u16string& path = product.getFullPath();
+            opc::zippackage::ZipPhysicalPackage physical(path, selector, true);
+            opc::model::Package package(physical);
+            opc::zwservices::FileSystemManager manager(package, selector);
+            package.open(static_cast<opc::interfaces::OpenMode>(0));
+            const std::vector<opc::zwservices::FileSystemEntry> leaves = manager.getAllLeafs();
+
+            std::vector<ProductZipData> records;
+            records.reserve(leaves.size());
+            for (const opc::zwservices::FileSystemEntry& leaf : leaves) {
+                const std::u16string baseName = leaf.getBaseName();
+                const fl::filesystem::upath name =
+                    baseName.empty()
+                        ? fl::filesystem::upath()
+                        : fl::filesystem::upath(fl::filesystem::detail::make_native_form(baseName, true));
+                if (!DocResourceParser::isValidFilename(name)) {
+                    continue;
+                }
+                std::u16string stem = fl::filesystem::detail::extract_stem(name.text());
+                // A package of one leaf is of the language its product says; in a package of
+                // several, each leaf's stem tells its locale.
+                bool localised;
+                if (leaves.size() == 1) {
+                    localised = product.isNonEnglishLocale();
+                } else {
+                    const std::u16string_view stemView(stem);
+                    localised = std::any_of(info.docLocales.begin(), info.docLocales.end(),
+                                            [&](const std::u16string& locale) { return stemView.ends_with(locale); });
+                }
+                if (localised && !std::u16string_view(stem).ends_with(info.localeSuffix)) {
+                    continue;
+                }
+                records.emplace_back(std::move(stem), localised, leaf, manager);
+            }
+            readJsonFiles<T, ProductZipData>(records, info, result);
+        } catch (...) {
+        }
+    }
+    return result;
+}
+
+} // namespace reference::docparser

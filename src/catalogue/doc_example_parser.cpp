@@ -1,0 +1,70 @@
+#include "example/docparser/doc_example_parser.hpp"
+
+#include <mutex>
+#include <utility>
+
+#include "catalogue/catalogue_parser.hpp"
+#include "reference/docparser/parse_multiple_product_files.hpp"
+#include "static_objects.hpp"
+
+namespace example::docparser {
+namespace {
+
+using reference::docparser::DocResourceParser;
+using reference::docparser::ParsingInfo;
+
+// Both are constant-initialised, so they are ready before any code of the library runs.
+std::mutex exampleRootMutex;
+// The text behind the pointer is never changed: a write installs a new string, so holders of
+// an earlier root keep theirs.
+std::shared_ptr<const std::u16string> exampleRoot;
+
+std::shared_ptr<const std::u16string> makeRoot(const std::u16string& base) {
+    std::u16string root;
+    root.reserve(base.size() + detail::kExampleRootSuffix.size());
+    root += base;
+    root += detail::kExampleRootSuffix;
+    return std::make_shared<const std::u16string>(std::move(root));
+}
+
+// Called with exampleRootMutex held.
+std::shared_ptr<const std::u16string> computeDefaultRoot() {
+    return makeRoot(*DocResourceParser::getReferenceRoots());
+}
+
+bool isInstalledAlways(const std::u16string& /*helpFolder*/) {
+    return true;
+}
+
+} // namespace
+
+void DocExampleParser::setExampleRoot(const std::u16string& root) {
+    std::lock_guard lock(exampleRootMutex);
+    exampleRoot = makeRoot(root);
+}
+
+std::shared_ptr<const std::u16string> DocExampleParser::getExampleRoot() {
+    std::lock_guard lock(exampleRootMutex);
+    if (!exampleRoot) {
+        exampleRoot = computeDefaultRoot();
+    }
+    return exampleRoot;
+}
+
+void DocExampleParser::restoreDefaultSettings() {
+    std::lock_guard lock(exampleRootMutex);
+    exampleRoot = computeDefaultRoot();
+}
+
+ExampleCatalogues DocExampleParser::getDocExampleFiles(const std::u16string& root) {
+    DocResourceParser::ParsingResults<ExampleCatalogues> results;
+    {
+        const ParsingInfo<ExampleCatalogues>::JsonParsingFcn jsonFcn = &detail::parseExampleCatalogue;
+        const ParsingInfo<ExampleCatalogues>::IsInstalledFcn isInstalledFcn = &isInstalledAlways;
+        results = DocResourceParser::ParsingTools::parseMultipleProductFiles<ExampleCatalogues>(
+            root, jsonFcn, isInstalledFcn);
+    }
+    return std::move(results.installed);
+}
+
+} // namespace example::docparser
