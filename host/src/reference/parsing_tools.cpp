@@ -3,8 +3,8 @@
 #include <boost/json/kind.hpp>
 
 #include "reference/docparser/doc_resource_parser.hpp"
-#include "utf8_to_utf16.hpp"
 #include "zwhost/fault.hpp"
+#include "zwhost/unicode.hpp"
 
 namespace reference::docparser {
 namespace {
@@ -47,7 +47,7 @@ std::u16string convert(std::string_view text, ParsingTools::StringParsingType ty
             text.remove_suffix(1);
         }
     }
-    return zwhost::reference::detail::utf8ToUtf16(text);
+    return zwhost::unicode::utf8ToUtf16(text);
 }
 
 std::u16string optionalHeaderString(const boost::json::object& header, std::string_view key) {

@@ -14,6 +14,44 @@
 #include "storage/microservicestoragesystem/storage_system.hpp"
 
 namespace reference::docparser {
+namespace detail {
+
+/** The leaves of an open package that are catalogues to read: a valid file name, and English
+    or of the current locale. A package of one leaf is of the language `package` says; in a
+    package of several, each leaf's stem tells its locale. */
+inline std::vector<ProductZipData> selectCatalogueLeaves(
+    const std::vector<opc::zwservices::FileSystemEntry>& leaves, const ProductPathData& package,
+    const std::vector<std::u16string>& docLocales, const std::u16string& localeSuffix,
+    opc::zwservices::FileSystemManager& manager) {
+    std::vector<ProductZipData> records;
+    records.reserve(leaves.size());
+    for (const opc::zwservices::FileSystemEntry& leaf : leaves) {
+        const std::u16string baseName = leaf.getBaseName();
+        const fl::filesystem::upath name =
+            baseName.empty() ? fl::filesystem::upath()
+                             : fl::filesystem::upath(fl::filesystem::detail::make_native_form(baseName, true));
+        if (!DocResourceParser::isValidFilename(name)) {
+            continue;
+        }
+        std::u16string stem = fl::filesystem::detail::extract_stem(name.text());
+        bool localised;
+        if (leaves.size() == 1) {
+            localised = package.isNonEnglishLocale();
+        } else {
+            const std::u16string_view stemView(stem);
+            localised = std::any_of(docLocales.begin(), docLocales.end(),
+                                    [&](const std::u16string& locale) { return stemView.ends_with(locale); });
+        }
+        // A localised leaf of another locale than the current one is not read.
+        if (localised && !std::u16string_view(stem).ends_with(localeSuffix)) {
+            continue;
+        }
+        records.emplace_back(std::move(stem), localised, leaf, manager);
+    }
+    return records;
+}
+
+} // namespace detail
 
 template <class T>
 DocResourceParser::ParsingResults<T> DocResourceParser::ParsingTools::readZipFiles(
@@ -38,33 +76,8 @@ DocResourceParser::ParsingResults<T> DocResourceParser::ParsingTools::readZipFil
             package.open(static_cast<opc::interfaces::OpenMode>(0));
             const std::vector<opc::zwservices::FileSystemEntry> leaves = manager.getAllLeafs();
 
-            std::vector<ProductZipData> records;
-            records.reserve(leaves.size());
-            for (const opc::zwservices::FileSystemEntry& leaf : leaves) {
-                const std::u16string baseName = leaf.getBaseName();
-                const fl::filesystem::upath name =
-                    baseName.empty()
-                        ? fl::filesystem::upath()
-                        : fl::filesystem::upath(fl::filesystem::detail::make_native_form(baseName, true));
-                if (!DocResourceParser::isValidFilename(name)) {
-                    continue;
-                }
-                std::u16string stem = fl::filesystem::detail::extract_stem(name.text());
-                // A package of one leaf is of the language its product says; in a package of
-                // several, each leaf's stem tells its locale.
-                bool localised;
-                if (leaves.size() == 1) {
-                    localised = product.isNonEnglishLocale();
-                } else {
-                    const std::u16string_view stemView(stem);
-                    localised = std::any_of(info.docLocales.begin(), info.docLocales.end(),
-                                            [&](const std::u16string& locale) { return stemView.ends_with(locale); });
-                }
-                if (localised && !std::u16string_view(stem).ends_with(info.localeSuffix)) {
-                    continue;
-                }
-                records.emplace_back(std::move(stem), localised, leaf, manager);
-            }
+            const std::vector<ProductZipData> records =
+                detail::selectCatalogueLeaves(leaves, product, info.docLocales, info.localeSuffix, manager);
             readJsonFiles<T, ProductZipData>(records, info, result);
         } catch (...) {
         }

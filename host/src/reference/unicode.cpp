@@ -1,11 +1,11 @@
-#include "utf8_to_utf16.hpp"
+#include "zwhost/unicode.hpp"
 
 #include <cstdint>
 #include <cstring>
 
 #include "reference/docparser/catalogue_format_error.hpp"
 
-namespace zwhost::reference::detail {
+namespace zwhost::unicode {
 namespace {
 
 [[noreturn]] void malformed(std::size_t offset) {
@@ -92,4 +92,35 @@ std::u16string utf8ToUtf16(std::string_view text) {
     return out;
 }
 
-} // namespace zwhost::reference::detail
+std::string utf16ToUtf8(std::u16string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::uint32_t code = text[i];
+        if (code < 0x80) {
+            out += static_cast<char>(code);
+            continue;
+        }
+        if (code >= 0xD800 && code <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+            text[i + 1] <= 0xDFFF) {
+            code = 0x10000 + ((code - 0xD800) << 10) + (text[i + 1] - 0xDC00U);
+            ++i;
+        } else if (code >= 0xD800 && code <= 0xDFFF) {
+            code = 0xFFFD;
+        }
+        if (code < 0x800) {
+            out += static_cast<char>(0xC0 | (code >> 6));
+        } else if (code < 0x10000) {
+            out += static_cast<char>(0xE0 | (code >> 12));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        } else {
+            out += static_cast<char>(0xF0 | (code >> 18));
+            out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+        }
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    }
+    return out;
+}
+
+} // namespace zwhost::unicode
