@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "native_name.hpp"
 #include "reference/docparser/doc_resource_parser.hpp"
@@ -15,6 +18,8 @@ namespace reference::docparser {
 namespace {
 
 namespace fs = std::filesystem;
+using zwhost::reference::detail::fromNative;
+using zwhost::reference::detail::toNative;
 
 // Folders nested deeper than this below the root are not read.
 constexpr int kMaxDepth = 16;
@@ -56,7 +61,7 @@ public:
 
     void folder(const Listing& entries, const std::u16string& path, int depth) {
         for (const auto& [nativeName, entry] : entries) {
-            const std::optional<std::u16string> name = zwhost::reference::detail::fromNative(nativeName);
+            const std::optional<std::u16string> name = fromNative(nativeName);
             if (!name) {
                 continue;
             }
@@ -93,12 +98,14 @@ private:
 
     void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
         std::u16string stem = fl::filesystem::detail::extract_stem(name);
-        const bool localised = std::any_of(locales_.begin(), locales_.end(),
-                                           [&](const std::u16string& locale) { return endsWith(stem, locale); });
+        const bool localised = std::any_of(locales_.begin(), locales_.end(), [&](const auto& locale) {
+            return endsWith(stem, locale);
+        });
         // A localised catalogue of another locale than the current one is not read at all.
         if (localised && !endsWith(stem, localeSuffix_)) {
             return;
         }
+        // Built, then moved in: emplace_back here trips GCC 12's false maybe-uninitialized warning.
         list.push_back(ProductPathData(std::move(stem), localised, std::move(fullPath)));
     }
 
@@ -113,7 +120,7 @@ AllProducts DocResourceParser::getAllProducts(const std::u16string& root,
                                               const std::vector<std::u16string>& locales,
                                               const std::u16string& localeSuffix) {
     zwhost::fault::point("DocResourceParser::getAllProducts");
-    const fs::path native(zwhost::reference::detail::toNative(root));
+    const fs::path native(toNative(root));
     std::error_code error;
     if (fs::status(native, error).type() == fs::file_type::not_found) {
         return {};
