@@ -1,0 +1,43 @@
+#pragma once
+// The host's settings for the reference service: where the documentation lies, which locale is
+// current, which documentation locales exist, and how much one read may give. Thread-safe.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zwhost::settings {
+
+/** The read limit a fresh process starts with: 64 MiB. */
+inline constexpr std::uint64_t kDefaultReadLimit = std::uint64_t{64} << 20;
+
+/** The documentation root. Default: the environment variable ZW_DOC_ROOT when it is set and not
+    empty, else the sample documentation tree that comes with the host. */
+std::u16string documentationRoot();
+
+/** Replaces the documentation root. */
+void setDocumentationRoot(std::u16string root);
+
+/** The current locale, such as "ja_JP". Default: the first of LC_ALL, LC_MESSAGES and LANG that is
+    set and not empty, up to its first '.' or '@'; "en_US" when that is empty, "C" or "POSIX". */
+std::u16string currentLocale();
+
+/** Replaces the current locale. */
+void setCurrentLocale(std::u16string locale);
+
+/** The supported documentation locales. Default: "ja_JP", "ko_KR", "zh_CN". */
+std::vector<std::u16string> supportedDocLocales();
+
+/** Replaces the supported documentation locales. */
+void setSupportedDocLocales(std::vector<std::u16string> locales);
+
+/** The most bytes one file or package entry may hold to be read. Default: kDefaultReadLimit. */
+std::uint64_t readLimit();
+
+/** Replaces the read limit. */
+void setReadLimit(std::uint64_t bytes);
+
+/** Sets every setting to its default, reading the environment again. */
+void resetToDefaults();
+
+} // namespace zwhost::settings

@@ -1,0 +1,14 @@
+// Reading an entry of an open package: the package services check its size and CRC.
+
+#include "reference/docparser/doc_resource_parser.hpp"
+#include "zwhost/fault.hpp"
+#include "zwhost/settings.hpp"
+
+namespace reference::docparser {
+
+std::string DocResourceParser::openAndReadFile(const ProductZipData& product) {
+    zwhost::fault::point("DocResourceParser::openAndReadFile");
+    return product.getFileSystemManager().readEntry(product.getEntry(), zwhost::settings::readLimit());
+}
+
+} // namespace reference::docparser

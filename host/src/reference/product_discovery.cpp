@@ -1,0 +1,147 @@
+// The reference service's walk over a documentation tree: which loose catalogue files and which
+// packages lie under a root, in the order they are to be read.
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "native_name.hpp"
+#include "reference/docparser/doc_resource_parser.hpp"
+#include "zwhost/fault.hpp"
+
+namespace reference::docparser {
+namespace {
+
+namespace fs = std::filesystem;
+using zwhost::reference::detail::fromNative;
+using zwhost::reference::detail::toNative;
+
+// Folders nested deeper than this below the root are not read.
+constexpr int kMaxDepth = 16;
+
+bool endsWith(std::u16string_view text, std::u16string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+// Something before the extension is required: ".json" alone names no catalogue.
+bool hasExtension(std::u16string_view name, std::u16string_view extension) {
+    return name.size() > extension.size() && endsWith(name, extension);
+}
+
+bool isCatalogueName(std::u16string_view name) {
+    return hasExtension(name, u".json");
+}
+
+bool isPackageName(std::u16string_view name) {
+    return hasExtension(name, u".zip");
+}
+
+using Listing = std::vector<std::pair<std::string, fs::directory_entry>>;
+
+// The entries of `folder` by native name in byte order, so that every machine reads alike.
+Listing listSorted(const fs::path& folder) {
+    Listing entries;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        entries.emplace_back(entry.path().filename().native(), entry);
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    return entries;
+}
+
+class Walk {
+public:
+    Walk(const std::vector<std::u16string>& locales, const std::u16string& localeSuffix)
+        : locales_(locales), localeSuffix_(localeSuffix) {}
+
+    void folder(const Listing& entries, const std::u16string& path, int depth) {
+        for (const auto& [nativeName, entry] : entries) {
+            const std::optional<std::u16string> name = fromNative(nativeName);
+            if (!name) {
+                continue;
+            }
+            std::u16string childPath = path + u'/' + *name;
+            std::error_code error;
+            if (entry.symlink_status(error).type() == fs::file_type::directory) {
+                if (depth < kMaxDepth) {
+                    subfolder(entry.path(), childPath, depth + 1);
+                }
+            } else if (entry.is_regular_file(error)) {
+                if (isPackageName(*name)) {
+                    add(products_.packageProducts, *name, std::move(childPath));
+                } else if (isCatalogueName(*name)) {
+                    add(products_.looseProducts, *name, std::move(childPath));
+                }
+            }
+        }
+    }
+
+    AllProducts take() { return std::move(products_); }
+
+private:
+    void subfolder(const fs::path& native, const std::u16string& path, int depth) {
+        Listing entries;
+        try {
+            entries = listSorted(native);
+        } catch (const fs::filesystem_error&) {
+            // A folder below the root that cannot be listed is passed over, as a package that
+            // cannot be opened is: what lies beside it is still read.
+            return;
+        }
+        folder(entries, path, depth);
+    }
+
+    void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
+        std::u16string stem = fl::filesystem::detail::extract_stem(name);
+        const bool localised = std::any_of(locales_.begin(), locales_.end(), [&](const auto& locale) {
+            return endsWith(stem, locale);
+        });
+        // A localised catalogue of another locale than the current one is not read at all.
+        if (localised && !endsWith(stem, localeSuffix_)) {
+            return;
+        }
+        // Built, then moved in: emplace_back here trips GCC 12's false maybe-uninitialized warning.
+        list.push_back(ProductPathData(std::move(stem), localised, std::move(fullPath)));
+    }
+
+    const std::vector<std::u16string>& locales_;
+    const std::u16string& localeSuffix_;
+    AllProducts products_;
+};
+
+} // namespace
+
+AllProducts DocResourceParser::getAllProducts(const std::u16string& root,
+                                              const std::vector<std::u16string>& locales,
+                                              const std::u16string& localeSuffix) {
+    zwhost::fault::point("DocResourceParser::getAllProducts");
+    const fs::path native(toNative(root));
+    std::error_code error;
+    if (fs::status(native, error).type() == fs::file_type::not_found) {
+        return {};
+    }
+    if (error) {
+        throw fs::filesystem_error("cannot reach the documentation root", native, error);
+    }
+    std::u16string path = root;
+    if (!path.empty() && path.back() == u'/') {
+        path.pop_back();
+    }
+    Walk walk(locales, localeSuffix);
+    walk.folder(listSorted(native), path, 0);
+    return walk.take();
+}
+
+bool DocResourceParser::isValidFilename(const fl::filesystem::upath& path) {
+    zwhost::fault::point("DocResourceParser::isValidFilename");
+    const std::u16string_view text = path.text();
+    const std::size_t slash = text.find_last_of(fl::filesystem::upath_constant::PATHNAME_SEPARATOR[0]);
+    return isCatalogueName(slash == std::u16string_view::npos ? text : text.substr(slash + 1));
+}
+
+} // namespace reference::docparser

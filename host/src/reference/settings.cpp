@@ -1,0 +1,125 @@
+#include "zwhost/settings.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "native_name.hpp"
+
+namespace zwhost::settings {
+namespace {
+
+struct Values {
+    std::u16string documentationRoot;
+    std::u16string currentLocale;
+    std::vector<std::u16string> supportedDocLocales;
+    std::uint64_t readLimit = kDefaultReadLimit;
+};
+
+// An environment variable that is unset, empty or not UTF-8 counts as absent.
+std::optional<std::u16string> environment(const char* name) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') {
+        return std::nullopt;
+    }
+    return reference::detail::fromNative(value);
+}
+
+std::u16string defaultDocumentationRoot() {
+    if (auto root = environment("ZW_DOC_ROOT")) {
+        return std::move(*root);
+    }
+    return reference::detail::fromNative(ZW_SAMPLE_DOCROOT).value_or(std::u16string());
+}
+
+std::u16string defaultCurrentLocale() {
+    std::u16string locale;
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (auto value = environment(name)) {
+            locale = std::move(*value);
+            break;
+        }
+    }
+    // "ja_JP.UTF-8" and "de_DE@euro" name the locale before the codeset or modifier.
+    locale.resize(std::min(locale.find_first_of(u".@"), locale.size()));
+    if (locale.empty() || locale == u"C" || locale == u"POSIX") {
+        return u"en_US";
+    }
+    return locale;
+}
+
+Values defaults() {
+    return Values{defaultDocumentationRoot(), defaultCurrentLocale(), {u"ja_JP", u"ko_KR", u"zh_CN"},
+                  kDefaultReadLimit};
+}
+
+struct State {
+    std::mutex mutex;
+    Values values = defaults();
+};
+
+State& state() {
+    static State s;
+    return s;
+}
+
+template <class Member>
+auto get(Member Values::*member) {
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    return s.values.*member;
+}
+
+template <class Member>
+void set(Member Values::*member, Member value) {
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    s.values.*member = std::move(value);
+}
+
+} // namespace
+
+std::u16string documentationRoot() {
+    return get(&Values::documentationRoot);
+}
+
+void setDocumentationRoot(std::u16string root) {
+    set(&Values::documentationRoot, std::move(root));
+}
+
+std::u16string currentLocale() {
+    return get(&Values::currentLocale);
+}
+
+void setCurrentLocale(std::u16string locale) {
+    set(&Values::currentLocale, std::move(locale));
+}
+
+std::vector<std::u16string> supportedDocLocales() {
+    return get(&Values::supportedDocLocales);
+}
+
+void setSupportedDocLocales(std::vector<std::u16string> locales) {
+    set(&Values::supportedDocLocales, std::move(locales));
+}
+
+std::uint64_t readLimit() {
+    return get(&Values::readLimit);
+}
+
+void setReadLimit(std::uint64_t bytes) {
+    set(&Values::readLimit, bytes);
+}
+
+void resetToDefaults() {
+    // The environment is read before the lock is taken: getenv needs no guard of ours.
+    Values fresh = defaults();
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    s.values = std::move(fresh);
+}
+
+} // namespace zwhost::settings

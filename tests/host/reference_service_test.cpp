@@ -1,0 +1,241 @@
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "reference/docparser/doc_resource_parser.hpp"
+#include "support/temp_tree.hpp"
+#include "zwhost/fault.hpp"
+#include "zwhost/settings.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using reference::docparser::DocResourceParser;
+using reference::docparser::ProductPathData;
+using ParsingTools = DocResourceParser::ParsingTools;
+using zwtest::u16;
+
+// Restores the environment variables the settings read, and the settings themselves.
+class ReferenceService : public ::testing::Test {
+protected:
+    void TearDown() override {
+        for (const auto& [name, value] : saved_) {
+            if (value) {
+                ::setenv(name, value->c_str(), 1);
+            } else {
+                ::unsetenv(name);
+            }
+        }
+        zwhost::settings::resetToDefaults();
+    }
+
+    static void setEnv(const char* name, const char* value) {
+        if (value) {
+            ::setenv(name, value, 1);
+        } else {
+            ::unsetenv(name);
+        }
+    }
+
+private:
+    static std::optional<std::string> get(const char* name) {
+        const char* value = std::getenv(name);
+        return value ? std::optional<std::string>(value) : std::nullopt;
+    }
+
+    std::vector<std::pair<const char*, std::optional<std::string>>> saved_{
+        {"LC_ALL", get("LC_ALL")}, {"LC_MESSAGES", get("LC_MESSAGES")},
+        {"LANG", get("LANG")},     {"ZW_DOC_ROOT", get("ZW_DOC_ROOT")}};
+};
+
+std::vector<std::u16string> products(const fs::path& root, const std::u16string& suffix = u"_ja_JP") {
+    const std::u16string root16 = u16(root.native());
+    const auto all = DocResourceParser::getAllProducts(root16, {u"ja_JP", u"ko_KR", u"zh_CN"}, suffix);
+    // Each record as "L|P relative path|stem|0 or 1", loose ones first.
+    std::vector<std::u16string> out;
+    for (const auto* list : {&all.looseProducts, &all.packageProducts}) {
+        for (const ProductPathData& p : *list) {
+            EXPECT_EQ(p.getFullPath().substr(0, root16.size() + 1), root16 + u'/');
+            out.push_back((list == &all.looseProducts ? u"L " : u"P ") + p.getFullPath().substr(root16.size() + 1) +
+                          u'|' + p.getStem() + (p.isNonEnglishLocale() ? u"|1" : u"|0"));
+        }
+    }
+    return out;
+}
+
+std::size_t openDescriptors() {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+}
+
+TEST_F(ReferenceService, CurrentLocaleComesFromTheFirstLocaleVariableThatIsSet) {
+    struct Case {
+        const char* lcAll;
+        const char* lcMessages;
+        const char* lang;
+        std::u16string expected;
+    };
+    const Case cases[] = {
+        {"ja_JP.UTF-8", "ko_KR", "zh_CN", u"ja_JP"},
+        {"", "ko_KR.UTF-8", "zh_CN", u"ko_KR"},
+        {nullptr, nullptr, "de_DE@euro", u"de_DE"},
+        {nullptr, nullptr, "sr_RS.UTF-8@latin", u"sr_RS"},
+        {"POSIX", "ja_JP", "ja_JP", u"en_US"},
+        {nullptr, "C.UTF-8", "ja_JP", u"en_US"},
+        {nullptr, nullptr, "@euro", u"en_US"},
+        {nullptr, nullptr, nullptr, u"en_US"},
+        {"\xff\xfe", nullptr, "zh_CN", u"zh_CN"},
+    };
+    for (const Case& c : cases) {
+        setEnv("LC_ALL", c.lcAll);
+        setEnv("LC_MESSAGES", c.lcMessages);
+        setEnv("LANG", c.lang);
+        zwhost::settings::resetToDefaults();
+        EXPECT_EQ(ParsingTools::getCurrentLocale(), c.expected) << (c.lang ? c.lang : "(unset LANG)");
+    }
+}
+
+TEST_F(ReferenceService, ResetRestoresEveryDefaultAndRereadsTheDocumentationRoot) {
+    setEnv("ZW_DOC_ROOT", "/srv/docs");
+    zwhost::settings::setSupportedDocLocales({u"fr_FR"});
+    zwhost::settings::setReadLimit(3);
+    zwhost::settings::setDocumentationRoot(u"/elsewhere");
+    EXPECT_EQ(*DocResourceParser::getReferenceRoots(), u"/elsewhere");
+    zwhost::settings::resetToDefaults();
+    EXPECT_EQ(*DocResourceParser::getReferenceRoots(), u"/srv/docs");
+    EXPECT_EQ(ParsingTools::getSupportedDocLocales(), (std::vector<std::u16string>{u"ja_JP", u"ko_KR", u"zh_CN"}));
+    EXPECT_EQ(zwhost::settings::readLimit(), std::uint64_t{64} << 20);
+    setEnv("ZW_DOC_ROOT", "");
+    zwhost::settings::resetToDefaults();
+    const std::u16string sample = *DocResourceParser::getReferenceRoots();
+    EXPECT_EQ(sample.substr(sample.size() - 17), u"/examples/docroot");
+}
+
+TEST_F(ReferenceService, WalksDepthFirstInByteOrderAndKeepsEnglishAndCurrentLocale) {
+    const zwtest::TempDir tree;
+    for (const char* name : {"b/examples.json", "a.json", "B.json", "a/z/deep.json", "a/examples_ja_JP.json",
+                             "a/examples_ko_KR.json", "a/examplesja_JP.json", "a/notes.txt", "a/x.JSON",
+                             "a/.json", "\xc3\xa9.json", "bad\xff.json", "pkg/docs_ko_KR.zip"}) {
+        tree.write(name, "{}");
+    }
+    tree.writeZip("pkg/docs.zip", {{"a.json", "{}"}});
+    tree.writeZip("pkg/docs_ja_JP.zip", {{"a_ja_JP.json", "{}"}});
+    EXPECT_EQ(products(tree.path()), (std::vector<std::u16string>{
+                                         u"L B.json|B|0",
+                                         u"L a/examples_ja_JP.json|examples_ja_JP|1",
+                                         u"L a/z/deep.json|deep|0",
+                                         u"L a.json|a|0",
+                                         u"L b/examples.json|examples|0",
+                                         u"L é.json|é|0",
+                                         u"P pkg/docs.zip|docs|0",
+                                         u"P pkg/docs_ja_JP.zip|docs_ja_JP|1",
+                                     }));
+    EXPECT_EQ(products(tree.path(), u"_ko_KR").size(), 8U);
+}
+
+TEST_F(ReferenceService, FollowsNoLinkToAFolderAndStopsAtDepthSixteen) {
+    const zwtest::TempDir tree;
+    tree.write("a.json", "{}");
+    fs::create_directory_symlink(tree.path(), tree.path() / "loop");
+    fs::create_symlink(tree.path() / "a.json", tree.path() / "linked.json");
+    fs::path deep;
+    for (int depth = 1; depth <= 17; ++depth) {
+        deep /= "d";
+        tree.write(deep / ("at" + std::to_string(depth) + ".json"), "{}");
+    }
+    const auto found = products(tree.path());
+    ASSERT_EQ(found.size(), 18U);
+    EXPECT_EQ(found[16], u"L d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/at16.json|at16|0");
+    EXPECT_EQ(found[17], u"L linked.json|linked|0");
+}
+
+TEST_F(ReferenceService, MissingRootIsEmptyAndARootThatCannotBeListedThrows) {
+    const zwtest::TempDir tree;
+    EXPECT_TRUE(products(tree.path() / "missing").empty());
+    EXPECT_THROW(products(tree.write("file.json", "{}")), fs::filesystem_error);
+    EXPECT_THROW(DocResourceParser::getAllProducts(u"\xD800", {}, u"_"), fs::filesystem_error);
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "permissions do not bind the superuser";
+    }
+    tree.write("root/shut/a.json", "{}");
+    tree.write("root/open.json", "{}");
+    fs::permissions(tree.path() / "root/shut", fs::perms::none);
+    EXPECT_EQ(products(tree.path() / "root"), (std::vector<std::u16string>{u"L open.json|open|0"}));
+    fs::permissions(tree.path() / "root", fs::perms::none);
+    EXPECT_THROW(products(tree.path() / "root"), fs::filesystem_error);
+    fs::permissions(tree.path() / "root", fs::perms::owner_all);
+    fs::permissions(tree.path() / "root/shut", fs::perms::owner_all);
+}
+
+TEST_F(ReferenceService, ValidCatalogueNamesEndInLowerCaseJsonAfterAStem) {
+    const std::pair<std::u16string, bool> cases[] = {
+        {u"a.json", true},      {u"dir/a.json", true}, {u"..json", true},   {u".json", false},
+        {u"dir/.json", false},  {u"a.JSON", false},    {u"a.json/", false}, {u"a.json.txt", false},
+        {u"a.json/b", false},   {u"", false},
+    };
+    for (const auto& [name, valid] : cases) {
+        EXPECT_EQ(DocResourceParser::isValidFilename(fl::filesystem::upath(name)), valid)
+            << std::string(name.begin(), name.end());
+    }
+}
+
+TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherwise) {
+    const zwtest::TempDir tree;
+    const std::string content("a\0b\xff", 4);
+    const fs::path file = tree.write("\xe2\x82\xac\xf0\x9f\x98\x80.json", content); // "€😀.json"
+    const auto read = [](const fs::path& path) {
+        return DocResourceParser::openAndReadFile(ProductPathData(u"a", false, u16(path.native())));
+    };
+    zwhost::settings::setReadLimit(4);
+    EXPECT_EQ(read(file), content);
+    EXPECT_EQ(read(tree.write("empty.json", "")), "");
+
+    const std::size_t descriptors = openDescriptors();
+    const std::pair<fs::path, std::uint64_t> failures[] = {
+        {file, 3},                     // one byte past the limit
+        {tree.path() / "missing", 4},  // cannot be opened
+        {tree.path(), 4},              // a folder cannot be read
+        {"/dev/zero", 1000},           // declares no size and never ends
+    };
+    for (const auto& [path, limit] : failures) {
+        zwhost::settings::setReadLimit(limit);
+        try {
+            read(path);
+            ADD_FAILURE() << path;
+        } catch (const std::runtime_error& error) {
+            EXPECT_NE(std::string(error.what()).find(path.native()), std::string::npos) << error.what();
+        }
+    }
+    EXPECT_THROW(DocResourceParser::openAndReadFile(ProductPathData(u"a", false, std::u16string(u"a\0b.json", 8))),
+                 std::runtime_error);
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST_F(ReferenceService, EveryFaultPointThrowsWhenArmed) {
+    const zwtest::TempDir tree;
+    const ProductPathData product(u"a", true, u16(tree.write("a.json", "{}").native()));
+    const std::pair<const char*, std::function<void()>> points[] = {
+        {"ParsingTools::getSupportedDocLocales", [] { ParsingTools::getSupportedDocLocales(); }},
+        {"ParsingTools::getCurrentLocale", [] { ParsingTools::getCurrentLocale(); }},
+        {"DocResourceParser::getReferenceRoots", [] { DocResourceParser::getReferenceRoots(); }},
+        {"DocResourceParser::getAllProducts", [&] { products(tree.path()); }},
+        {"DocResourceParser::openAndReadFile", [&] { DocResourceParser::openAndReadFile(product); }},
+        {"DocResourceParser::isValidFilename",
+         [] { DocResourceParser::isValidFilename(fl::filesystem::upath(u"a.json")); }},
+        {"ProductData::isNonEnglishLocale", [&] { product.isNonEnglishLocale(); }},
+        {"ProductPathData::getFullPath", [&] { product.getFullPath(); }},
+    };
+    for (const auto& [name, call] : points) {
+        const zwhost::fault::Scope scope;
+        EXPECT_NO_THROW(call()) << name;
+        zwhost::fault::failOn(name, 1);
+        EXPECT_THROW(call(), zwhost::fault::InjectedFault) << name;
+    }
+}
+
+} // namespace
