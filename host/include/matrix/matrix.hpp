@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "cppcompat/span.hpp"
 #include "zx/zx_array.hpp"
@@ -76,6 +77,20 @@ zxArray_tag* createCharArray(cppcompat::detail::span::span<unsigned long const> 
 /** The whole text of a character array, in column-major order.
     @throw std::invalid_argument if `array` isn't a character array. */
 std::u16string getCharText(const zxArray_tag* array);
+
+/** Whether `array` is one row of text: a character array of at most one row. */
+bool isCharRow(const zxArray_tag* array);
+
+/** Whether `array` is a list of texts: a character row, or a cell array of any shape whose
+    elements are all character rows. */
+bool isTextList(const zxArray_tag* array);
+
+/** The texts of a list of texts, in element order. @throw std::invalid_argument if `array`
+    isn't one. */
+std::vector<std::u16string> getTextList(const zxArray_tag* array);
+
+/** A new 1-by-n cell array of character rows of `texts`, in order, with one reference. */
+zxArray_tag* createCellRowOfText(const std::vector<std::u16string>& texts);
 
 /** A new cell array of the given dimensions with empty elements, with one reference. */
 zxArray_tag* createCellArray(cppcompat::detail::span::span<unsigned long const> dims);

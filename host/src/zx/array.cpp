@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -142,6 +143,43 @@ std::u16string getCharText(const zxArray_tag* array) {
     std::u16string text(zxGetNumberOfElements(array), u'\0');
     std::memcpy(text.data(), array->realData, text.size() * sizeof(char16_t));
     return text;
+}
+
+bool isCharRow(const zxArray_tag* array) {
+    return array->classID == zxCHAR_CLASS && array->dims.size() == 2 &&
+           (array->dims[0] == 1 || zxGetNumberOfElements(array) == 0);
+}
+
+bool isTextList(const zxArray_tag* array) {
+    if (array->classID != zxCELL_CLASS) {
+        return isCharRow(array);
+    }
+    return std::all_of(array->cells.begin(), array->cells.end(),
+                       [](const SharedZxArrayPtr& cell) { return cell && isCharRow(cell.get()); });
+}
+
+std::vector<std::u16string> getTextList(const zxArray_tag* array) {
+    if (!isTextList(array)) {
+        throw std::invalid_argument("getTextList: not a list of texts");
+    }
+    if (array->classID != zxCELL_CLASS) {
+        return {getCharText(array)};
+    }
+    std::vector<std::u16string> texts;
+    texts.reserve(array->cells.size());
+    for (const SharedZxArrayPtr& cell : array->cells) {
+        texts.push_back(getCharText(cell.get()));
+    }
+    return texts;
+}
+
+zxArray_tag* createCellRowOfText(const std::vector<std::u16string>& texts) {
+    const unsigned long dims[] = {1, texts.size()};
+    zx_array_handle cells(createCellArray(dims));
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        cells->cells[i] = from_zentab(createCharRow(texts[i]));
+    }
+    return cells.release();
 }
 
 zxArray_tag* createCellArray(cppcompat::detail::span::span<unsigned long const> dims) {
