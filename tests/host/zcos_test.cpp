@@ -162,6 +162,9 @@ TEST_F(Zcos, ConstructedValueObjectSharesItsArgument) {
     matrix::zx_array_handle handles(omCreateZCOSMatrix(1, 1, handleClass().getName()));
     omSetArrayElement(handles.get(), 0, wrapCounter(1));
     EXPECT_THROW(omGetUnderlyingArray(handles.get()), std::invalid_argument);
+    const unsigned long one[] = {1, 1};
+    EXPECT_THROW(omGetUnderlyingArray(matrix::zx_array_handle(matrix::createCellArray(one)).get()),
+                 std::invalid_argument);
 }
 
 TEST_F(Zcos, PropertiesAreReadAndWrittenByName) {

@@ -51,8 +51,8 @@ zxArray_tag* omConstructObjectWithClient(
     const zxArray_tag** argv, const zcos::COSClient* client);
 
 /** The array under `array`: for a one-element array of a value object, the object's array; for
-    any array that isn't an object array, `array` itself. Borrowed.
-    @throw std::invalid_argument for any other object array. */
+    an array with data of its own (numeric, logical, character), `array` itself. Borrowed.
+    @throw std::invalid_argument for any other array. */
 const zxArray_tag* omGetUnderlyingArray(const zxArray_tag* array);
 
 /** The number of elements of the array under `array`, whatever its shape. */

@@ -88,15 +88,15 @@ zxArray_tag* omConstructObjectWithClient(
 
 const zxArray_tag* omGetUnderlyingArray(const zxArray_tag* array) {
     zwhost::fault::point("omGetUnderlyingArray");
-    if (array->classID != zxOBJECT_CLASS) {
+    if (array->realData != nullptr) {
         return array;
     }
-    if (array->objects.size() == 1) {
+    if (array->classID == zxOBJECT_CLASS && array->objects.size() == 1) {
         if (const zxArray_tag* underlying = objectAt(array, 0).underlyingArray()) {
             return underlying;
         }
     }
-    throw std::invalid_argument("omGetUnderlyingArray: no single value object");
+    throw std::invalid_argument("omGetUnderlyingArray: neither data nor a single value object");
 }
 
 std::uint64_t omGetNumberOfElementsInUnderlyingArray(const zxArray_tag* array) {

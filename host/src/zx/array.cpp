@@ -22,12 +22,20 @@ zxArray_tag* newArray(cppcompat::detail::span::span<unsigned long const> dims, z
     return array;
 }
 
+// Data is padded with zeros to at least one 64-bit word, so that the first word of any array
+// with data can be read whatever its class.
+constexpr std::uint64_t kMinimumDataBytes = 8;
+
 std::byte* allocateData(std::uint64_t count, std::size_t elementBytes) {
     const std::uint64_t bytes = count * elementBytes;
     if (elementBytes != 0 && bytes / elementBytes != count) {
         throw std::bad_alloc();
     }
-    return static_cast<std::byte*>(::operator new(bytes == 0 ? 1 : bytes));
+    auto* data = static_cast<std::byte*>(::operator new(std::max(bytes, kMinimumDataBytes)));
+    if (bytes < kMinimumDataBytes) {
+        std::memset(data + bytes, 0, kMinimumDataBytes - bytes);
+    }
+    return data;
 }
 
 } // namespace
