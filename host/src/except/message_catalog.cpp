@@ -16,6 +16,8 @@ struct Message {
 
 constexpr Message kMessages[] = {
     {"ZENTAB:class", "RequireScalar", "Value must be a scalar."},
+    {"ZENTAB:class", "RequireText", "Value must be a character vector."},
+    {"ZENTAB:class", "RequireUint32Scalar", "Value must be a uint32 scalar."},
     {"ZENTAB:utils", "RequireTextArray",
      "Value must be a character vector or a cell array of character vectors."},
 };
