@@ -39,9 +39,4 @@ TEST(MsgIDError, ConvertsTextBetweenUtf8AndUtf16) {
     EXPECT_EQ(error.convert_str(std::string("\xc0\x80")), u"\uFFFD\uFFFD");
 }
 
-TEST(MsgIDError, RethrowKeepsTheMostDerivedType) {
-    const MsgIDError error({{}, "ZENTAB:class", "RequireScalar"});
-    EXPECT_THROW(error.rethrow(), MsgIDError);
-}
-
 } // namespace

@@ -89,13 +89,6 @@ TEST_F(ZxArray, DestroyingACellArrayDropsItsElements) {
     EXPECT_EQ(text->refCount, 1u);
 }
 
-TEST_F(ZxArray, ScopeIsSetAndReadable) {
-    matrix::zx_array_handle array(matrix::createCharRow(u"s"));
-    EXPECT_EQ(array->scope, zxSCOPE_UNSET);
-    matrix::detail::noninlined::zx_array_api::zxSetArrayScope(array.get(), zxSCOPE_CACHED);
-    EXPECT_EQ(array->scope, zxSCOPE_CACHED);
-}
-
 TEST_F(ZxArray, FailedCreationLeavesNothingAlive) {
     zwhost::fault::Scope faults;
     const unsigned long dims[] = {1, 1};
