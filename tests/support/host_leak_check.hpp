@@ -1,11 +1,12 @@
 #pragma once
-// A test fixture that fails a test which leaves host arrays alive or drops them twice.
+// A test fixture that fails a test which leaves host arrays or objects alive or drops them twice.
 
 #include <cstdint>
 
 #include <gtest/gtest.h>
 
 #include "matrix/matrix.hpp"
+#include "zwhost/zcos.hpp"
 
 namespace zwtest {
 
@@ -13,10 +14,12 @@ class HostLeakCheck : public ::testing::Test {
 protected:
     void TearDown() override {
         EXPECT_EQ(zwhost::arrays::liveCount(), arraysAtStart_) << "host arrays leaked or lost";
+        EXPECT_EQ(zwhost::zcos::liveObjectCount(), objectsAtStart_) << "host objects leaked or lost";
     }
 
 private:
     std::int64_t arraysAtStart_ = zwhost::arrays::liveCount();
+    std::int64_t objectsAtStart_ = zwhost::zcos::liveObjectCount();
 };
 
 /** A new 1-by-1 double array with one reference, owned by the handle. */

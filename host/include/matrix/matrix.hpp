@@ -2,8 +2,10 @@
 // The array library's creation, ownership and destruction functions.
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "cppcompat/span.hpp"
 #include "zx/zx_array.hpp"
@@ -55,13 +57,48 @@ namespace detail {
 zxArray_tag* do_create_uninitnumeric(cppcompat::detail::span::span<unsigned long const> dims,
                                      zxClassID classID, zxComplexity complexity);
 
+namespace noninlined::zx_array_api {
+
+/** Sets the scope of `array`. */
+void zxSetArrayScope(zxArray_tag* array, zxVariableScope scope);
+
+} // namespace noninlined::zx_array_api
+
 } // namespace detail
 
 /** A new 1-by-n character array holding `text`, with one reference. */
 zxArray_tag* createCharRow(std::u16string_view text);
 
+/** A new character array of the given dimensions holding `text` in column-major order, with one
+    reference. @throw std::invalid_argument if the length of `text` isn't the number of elements. */
+zxArray_tag* createCharArray(cppcompat::detail::span::span<unsigned long const> dims,
+                             std::u16string_view text);
+
+/** The whole text of a character array, in column-major order.
+    @throw std::invalid_argument if `array` isn't a character array. */
+std::u16string getCharText(const zxArray_tag* array);
+
+/** Whether `array` is one row of text: a character array of at most one row. */
+bool isCharRow(const zxArray_tag* array);
+
+/** Whether `array` is a list of texts: a character row, or a cell array of any shape whose
+    elements are all character rows. */
+bool isTextList(const zxArray_tag* array);
+
+/** The texts of a list of texts, in element order. @throw std::invalid_argument if `array`
+    isn't one. */
+std::vector<std::u16string> getTextList(const zxArray_tag* array);
+
+/** A new 1-by-n cell array of character rows of `texts`, in order, with one reference. */
+zxArray_tag* createCellRowOfText(const std::vector<std::u16string>& texts);
+
 /** A new cell array of the given dimensions with empty elements, with one reference. */
 zxArray_tag* createCellArray(cppcompat::detail::span::span<unsigned long const> dims);
+
+/** A new object array of class `objectClass` and the given dimensions, with empty elements and
+    one reference. The class system fills the elements. */
+zxArray_tag* createObjectArray(cppcompat::detail::span::span<unsigned long const> dims,
+                               const zcos::COSClass* objectClass);
 
 /** Size in bytes of one element of a numeric class (0 for non-numeric classes). */
 std::size_t elementSizeOf(zxClassID classID);

@@ -4,6 +4,7 @@
 // reads both: with a count of at most 1 and a zero hold word the array is destroyed,
 // otherwise the count drops by one.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -12,7 +13,6 @@
 
 namespace zcos {
 class COSClass;
-class COSObject;
 } // namespace zcos
 
 /** Class of the elements of an array. */
@@ -54,10 +54,29 @@ enum zxVariableScope : int {
 struct zxArray_tag;
 using SharedZxArrayPtr = boost::intrusive_ptr<const zxArray_tag>;
 
-/** An object reference held by an element of an object array (defined by the class system). */
-struct zxObjectSlot {
-    zcos::COSObject* object = nullptr;
+/** Base of what an element of an object array refers to: counted, and destroyed by its last
+    release. The class system derives its objects from it. */
+class zxObject {
+public:
+    zxObject(const zxObject&) = delete;
+    zxObject& operator=(const zxObject&) = delete;
+
+protected:
+    zxObject() = default;
+    virtual ~zxObject() = default;
+
+private:
+    friend void intrusive_ptr_add_ref(const zxObject* object);
+    friend void intrusive_ptr_release(const zxObject* object);
+
+    mutable std::atomic<std::uint32_t> references_{0};
 };
+
+/** Adds one reference to `object`. */
+void intrusive_ptr_add_ref(const zxObject* object);
+
+/** Drops one reference to `object`; the last one destroys it. */
+void intrusive_ptr_release(const zxObject* object);
 
 struct zxArray_tag {
     std::uint32_t refCount = 1;  // first word
@@ -68,11 +87,11 @@ struct zxArray_tag {
     bool internalForm = false;
     std::vector<std::uint64_t> dims;
     std::size_t elementBytes = 0;
-    std::byte* realData = nullptr;              // numeric and character data
-    std::byte* imagData = nullptr;              // imaginary part of complex data
-    std::vector<SharedZxArrayPtr> cells;        // elements of a cell array
-    std::vector<zxObjectSlot> objects;          // elements of an object array
-    const zcos::COSClass* objectClass = nullptr; // class of an object array
+    std::byte* realData = nullptr;                       // numeric and character data
+    std::byte* imagData = nullptr;                       // imaginary part of complex data
+    std::vector<SharedZxArrayPtr> cells;                 // elements of a cell array
+    std::vector<boost::intrusive_ptr<zxObject>> objects; // elements of an object array
+    const zcos::COSClass* objectClass = nullptr;         // class of an object array
 };
 
 /** Adds one reference to `array`. */
