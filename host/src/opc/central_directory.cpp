@@ -45,6 +45,7 @@ public:
             throw PackageError("cannot open package " + path_);
         }
         size_ = static_cast<std::uint64_t>(in_.tellg());
+        position_ = size_;
     }
 
     std::uint64_t size() const { return size_; }
@@ -55,11 +56,15 @@ public:
             refuse("a record runs past the end of the file");
         }
         std::string bytes(count, '\0');
-        in_.seekg(static_cast<std::streamoff>(offset));
+        // A seek drops the stream's buffer, so the directory, read in order, is read without one.
+        if (offset != position_) {
+            in_.seekg(static_cast<std::streamoff>(offset));
+        }
         in_.read(bytes.data(), static_cast<std::streamsize>(count));
         if (!in_) {
             throw PackageError("cannot read package " + path_);
         }
+        position_ = offset + count;
         return bytes;
     }
 
@@ -71,6 +76,7 @@ private:
     std::string path_;
     std::ifstream in_;
     std::uint64_t size_ = 0;
+    std::uint64_t position_ = 0;
 };
 
 /** Where the central directory lies, and where it must end. */
