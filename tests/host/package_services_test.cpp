@@ -101,7 +101,8 @@ std::string centralHeader(const RawRecord& record) {
     put(out, 20, 2);
     out += commonFields(record);
     put(out, record.extra.size(), 2);
-    put(out, 0, 10);
+    // Comment size, first disk, internal and external attributes: all zero.
+    out.append(10, '\0');
     put(out, record.offset, 4);
     return out + record.name + record.extra;
 }
