@@ -181,7 +181,8 @@ std::string zip64Field(const std::vector<std::uint64_t>& values) {
     that `second` makes of the first's, and the second end record. Readers that choose different
     end records see different packages. */
 std::string twoDirectories(const std::function<std::vector<RawRecord>(std::vector<RawRecord>)>& second) {
-    std::vector<RawRecord> records = {{.name = "a.json", .data = std::string(100, 'a')}, {.name = "b.json", .data = "{}"}};
+    std::vector<RawRecord> records = {{.name = "a.json", .data = std::string(100, 'a')},
+                                      {.name = "b.json", .data = "{}"}};
     std::string first = zipOf(layOut(records), records);
     const std::string tail = zipOf(std::string(first.size(), '\0'), second(records)).substr(first.size());
     std::string commentSize;

@@ -19,13 +19,30 @@ struct FileClose {
     void operator()(zip_file_t* file) const { zip_fclose(file); }
 };
 
+/** The length of the UTF-8 sequence that `lead` starts; 0 for a byte that starts none. */
+std::size_t sequenceLength(unsigned char lead) {
+    if (lead < 0x80) {
+        return 1;
+    }
+    if (lead < 0xC2) {
+        return 0;
+    }
+    if (lead < 0xE0) {
+        return 2;
+    }
+    if (lead < 0xF0) {
+        return 3;
+    }
+    return lead < 0xF5 ? 4 : 0;
+}
+
 /** `name` from UTF-8 to UTF-16; a malformed sequence is a damaged package. */
 std::u16string entryNameToUtf16(std::string_view name) {
     std::u16string out;
     out.reserve(name.size());
     for (std::size_t i = 0; i < name.size();) {
         const auto lead = static_cast<unsigned char>(name[i]);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+        const std::size_t length = sequenceLength(lead);
         if (length == 0 || i + length > name.size()) {
             throw PackageError("entry name is not UTF-8: " + std::string(name));
         }

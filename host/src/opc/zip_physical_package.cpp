@@ -68,7 +68,8 @@ void ZipPhysicalPackage::open(interfaces::OpenMode mode) {
     }
     const std::vector<detail::DirectoryRecord> records = detail::readCentralDirectory(nativePath_);
     int code = 0;
-    std::unique_ptr<zip_t, ArchiveDiscard> archive(zip_open(nativePath_.c_str(), ZIP_CHECKCONS | ZIP_RDONLY, &code));
+    std::unique_ptr<zip_t, ArchiveDiscard> archive(
+        zip_open(nativePath_.c_str(), ZIP_CHECKCONS | ZIP_RDONLY, &code));
     if (!archive) {
         throw PackageError("cannot open package " + nativePath_ + ": " + openErrorText(code));
     }
