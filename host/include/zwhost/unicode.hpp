@@ -1,16 +1,26 @@
 #pragma once
 // Conversions between the host's 16-bit text and UTF-8.
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace zwhost::unicode {
 
+/** Text that has no form in the other encoding. */
+struct MalformedText : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /** `text` converted from UTF-8 to UTF-16, supplementary planes as surrogate pairs.
-    Throws reference::docparser::CatalogueFormatError on a malformed sequence. */
+    Throws MalformedText on a malformed or overlong sequence or an encoded surrogate. */
 std::u16string utf8ToUtf16(std::string_view text);
 
-/** `text` converted from UTF-16 to UTF-8; an unpaired surrogate becomes U+FFFD. */
-std::string utf16ToUtf8(std::u16string_view text);
+/** What utf16ToUtf8 does with a surrogate that has no partner. */
+enum class Unpaired { Replace, Refuse };
+
+/** `text` converted from UTF-16 to UTF-8; an unpaired surrogate becomes U+FFFD, or with
+    Unpaired::Refuse throws MalformedText. */
+std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired = Unpaired::Replace);
 
 } // namespace zwhost::unicode

@@ -47,7 +47,11 @@ std::u16string convert(std::string_view text, ParsingTools::StringParsingType ty
             text.remove_suffix(1);
         }
     }
-    return zwhost::unicode::utf8ToUtf16(text);
+    try {
+        return zwhost::unicode::utf8ToUtf16(text);
+    } catch (const zwhost::unicode::MalformedText& error) {
+        throw CatalogueFormatError(error.what());
+    }
 }
 
 std::u16string optionalHeaderString(const boost::json::object& header, std::string_view key) {

@@ -41,11 +41,17 @@ public:
     FileSystemManager(const FileSystemManager&) = delete;
     FileSystemManager& operator=(const FileSystemManager&) = delete;
 
-    /** Every file entry (not folders) of the open package, in central-directory order. */
+    /** Every file entry (not folders) of the open package, in central-directory order.
+        @throw PackageError Thrown when the package is not open or a name is not UTF-8. */
     std::vector<FileSystemEntry> getAllLeafs() const;
 
-    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked; throws otherwise. */
+    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked.
+        @throw PackageError Thrown when the content exceeds `limit`, differs from its declared
+        size or CRC, or cannot be read. */
     std::string readEntry(const FileSystemEntry& entry, std::uint64_t limit) const;
+
+    /** The selector this manager was built with. */
+    const FileSystemOpsSelector& selector() const { return selector_; }
 
 private:
     model::Package& package_;

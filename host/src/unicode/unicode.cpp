@@ -3,14 +3,12 @@
 #include <cstdint>
 #include <cstring>
 
-#include "reference/docparser/catalogue_format_error.hpp"
 
 namespace zwhost::unicode {
 namespace {
 
 [[noreturn]] void malformed(std::size_t offset) {
-    throw ::reference::docparser::CatalogueFormatError("malformed UTF-8 at byte " +
-                                                       std::to_string(offset));
+    throw MalformedText("malformed UTF-8 at byte " + std::to_string(offset));
 }
 
 bool isContinuation(unsigned char byte) {
@@ -92,7 +90,7 @@ std::u16string utf8ToUtf16(std::string_view text) {
     return out;
 }
 
-std::string utf16ToUtf8(std::u16string_view text) {
+std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired) {
     std::string out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -106,6 +104,9 @@ std::string utf16ToUtf8(std::u16string_view text) {
             code = 0x10000 + ((code - 0xD800) << 10) + (text[i + 1] - 0xDC00U);
             ++i;
         } else if (code >= 0xD800 && code <= 0xDFFF) {
+            if (unpaired == Unpaired::Refuse) {
+                throw MalformedText("unpaired surrogate at unit " + std::to_string(i));
+            }
             code = 0xFFFD;
         }
         if (code < 0x800) {

@@ -1,0 +1,115 @@
+#include "opc/zwservices/file_system.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+#include <zip.h>
+
+#include "opc/package_error.hpp"
+#include "opc/zippackage/zip_physical_package.hpp"
+#include "zwhost/fault.hpp"
+#include "zwhost/unicode.hpp"
+
+namespace opc::zwservices {
+namespace {
+
+// Entries are read this many bytes at a time, through a buffer on the stack.
+constexpr std::size_t kReadChunk = 16 * 1024;
+
+struct FileClose {
+    void operator()(zip_file_t* file) const { zip_fclose(file); }
+};
+
+/** `name` from UTF-8 to UTF-16; a malformed sequence is a damaged package. */
+std::u16string entryNameToUtf16(std::string_view name) {
+    try {
+        return zwhost::unicode::utf8ToUtf16(name);
+    } catch (const zwhost::unicode::MalformedText&) {
+        throw PackageError("entry name is not UTF-8: " + std::string(name));
+    }
+}
+
+zip_t* openArchive(const model::Package& package) {
+    const auto* zip = dynamic_cast<const zippackage::ZipPhysicalPackage*>(&package.physical());
+    if (zip == nullptr || !zip->isOpen()) {
+        throw PackageError("the package is not an open zip package");
+    }
+    return zip->archive();
+}
+
+} // namespace
+
+std::u16string FileSystemEntry::getBaseName() const {
+    const std::u16string& path = info_->path;
+    const std::size_t slash = path.rfind(u'/');
+    return slash == std::u16string::npos ? path : path.substr(slash + 1);
+}
+
+FileSystemManager::FileSystemManager(model::Package& package, const FileSystemOpsSelector& selector)
+    : package_(package), selector_(selector) {
+    zwhost::fault::point("FileSystemManager");
+}
+
+std::vector<FileSystemEntry> FileSystemManager::getAllLeafs() const {
+    zwhost::fault::point("FileSystemManager::getAllLeafs");
+    zip_t* archive = openArchive(package_);
+    const auto count = static_cast<zip_uint64_t>(zip_get_num_entries(archive, 0));
+    std::vector<FileSystemEntry> leaves;
+    // The count was vetted at open, so this reservation is bounded.
+    leaves.reserve(count);
+    for (zip_uint64_t index = 0; index < count; ++index) {
+        zip_stat_t stat;
+        zip_stat_init(&stat);
+        if (zip_stat_index(archive, index, ZIP_FL_ENC_GUESS, &stat) != 0) {
+            throw PackageError("cannot read entry " + std::to_string(index) + ": " + zip_strerror(archive));
+        }
+        const std::string_view name(stat.name);
+        if (!name.empty() && name.back() == '/') {
+            continue;
+        }
+        leaves.emplace_back(std::make_shared<const FileSystemEntry::Info>(
+            FileSystemEntry::Info{index, entryNameToUtf16(name), stat.size, stat.crc}));
+    }
+    return leaves;
+}
+
+std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint64_t limit) const {
+    zwhost::fault::point("FileSystemManager::readEntry");
+    zip_t* archive = openArchive(package_);
+    const FileSystemEntry::Info& info = entry.info();
+    std::unique_ptr<zip_file_t, FileClose> file(zip_fopen_index(archive, info.index, 0));
+    if (!file) {
+        throw PackageError("cannot open entry " + std::to_string(info.index) + ": " + zip_strerror(archive));
+    }
+    std::string content;
+    content.reserve(std::min(info.size, limit));
+    // Bytes are kept only while they fit both the limit and the declared size, so a deflate bomb
+    // costs no more memory than an honest entry. libzip checks the CRC on reaching the end of the
+    // data and fails that read when it differs.
+    char chunk[kReadChunk];
+    for (;;) {
+        const zip_int64_t got = zip_fread(file.get(), chunk, sizeof chunk);
+        if (got < 0) {
+            throw PackageError("cannot read entry " + std::to_string(info.index) + ": " +
+                               zip_file_strerror(file.get()));
+        }
+        if (got == 0) {
+            break;
+        }
+        const auto count = static_cast<std::uint64_t>(got);
+        if (count > limit - content.size()) {
+            throw PackageError("entry " + std::to_string(info.index) + " is larger than the read limit of " +
+                               std::to_string(limit) + " bytes");
+        }
+        if (count > info.size - content.size()) {
+            throw PackageError("entry " + std::to_string(info.index) + " is larger than it declares");
+        }
+        content.append(chunk, count);
+    }
+    if (content.size() != info.size) {
+        throw PackageError("entry " + std::to_string(info.index) + " is smaller than it declares");
+    }
+    return content;
+}
+
+} // namespace opc::zwservices
