@@ -1,17 +1,13 @@
 #pragma once
-// Readable text of catalogues, for people.
+// Readable listings of catalogues, for people.
 
 #include <ostream>
-#include <string>
 
 #include "example/docparser/doc_example_parser.hpp"
 
 namespace exampledoc {
 
-/** `text` in UTF-8; unpaired surrogates become U+FFFD. */
-std::string toUtf8(std::u16string_view text);
-
-/** Writes every catalogue with its header and every item with all its fields. */
-void printCatalogues(std::ostream& out, const example::docparser::ExampleCatalogues& catalogues);
+/** Writes each catalogue with its header line and, per example, id, kind, title and open command. */
+void printListing(std::ostream& out, const example::docparser::ExampleCatalogues& catalogues);
 
 } // namespace exampledoc

@@ -1,0 +1,183 @@
+#include "reference/docparser/read_json_files.hpp"
+
+#include <gtest/gtest.h>
+
+#include "catalogue/catalogue_parser.hpp"
+#include "support/catalogue_text.hpp"
+#include "support/host_leak_check.hpp"
+#include "support/temp_tree.hpp"
+#include "zwhost/fault.hpp"
+
+namespace {
+
+using example::docparser::ExampleCatalogues;
+using reference::docparser::DocResourceParser;
+using reference::docparser::ParsingInfo;
+using reference::docparser::ProductPathData;
+using Results = DocResourceParser::ParsingResults<ExampleCatalogues>;
+using Info = ParsingInfo<ExampleCatalogues>;
+
+class ReadJsonFiles : public zwtest::HostLeakCheck {
+protected:
+    ProductPathData file(const std::string& name, bool localised, const std::string& text) {
+        return ProductPathData(zwtest::u16(name), localised, zwtest::u16(dir.write(name, text).string()));
+    }
+
+    Results read(const std::vector<ProductPathData>& products, Results results = {}) {
+        const Info info{parse, installed, {}, u"_ja_JP"};
+        DocResourceParser::ParsingTools::readJsonFiles(products, info, results);
+        return results;
+    }
+
+    static std::u16string title(const Results& results, const std::u16string& id) {
+        return results.installed.at(u"h").items.at(id).at(0).getTitle();
+    }
+
+    zwtest::TempDir dir;
+    Info::JsonParsingFcn parse = &example::docparser::detail::parseExampleCatalogue;
+    Info::IsInstalledFcn installed = [](const std::u16string&) { return true; };
+};
+
+TEST_F(ReadJsonFiles, PrecedenceBetweenTwoFilesOfOneHelpFolder) {
+    const struct {
+        bool firstLocalised, secondLocalised;
+        const char* winner;  // whose header and shared id win
+    } rows[] = {
+        {false, true, "second"},
+        {true, false, "first"},
+        {false, false, "first"},
+        {true, true, "second"},
+    };
+    for (const auto& row : rows) {
+        const Results results = read({
+            file("a.json", row.firstLocalised, zwtest::catalogueText("h", "first", {{"shared", "first"}, {"a", "A"}})),
+            file("b.json", row.secondLocalised, zwtest::catalogueText("h", "second", {{"shared", "second"}, {"b", "B"}})),
+        });
+        const auto& entry = results.installed.at(u"h");
+        EXPECT_EQ(entry.header.getLocale(), zwtest::u16(row.winner));
+        EXPECT_EQ(title(results, u"c/shared"), zwtest::u16(row.winner));
+        ASSERT_EQ(entry.items.at(u"c/shared").size(), 1U) << "vectors of a shared id are never joined";
+        EXPECT_EQ(title(results, u"c/a"), u"A");
+        EXPECT_EQ(title(results, u"c/b"), u"B");
+        EXPECT_TRUE(results.notInstalled.empty());
+    }
+}
+
+TEST_F(ReadJsonFiles, FirstFileOfAKeyNeedsNoEnglishPartner) {
+    const Results results = read({file("x_ja_JP.json", true, zwtest::catalogueText("h", "ja", {{"n", "T"}})),
+                                  file("y.json", false, zwtest::catalogueText("other", "en", {}))});
+    EXPECT_EQ(title(results, u"c/n"), u"T");
+    EXPECT_EQ(results.installed.count(u"other"), 1U);
+}
+
+TEST_F(ReadJsonFiles, ABadFileCostsOnlyItself) {
+    const Results results = read({
+        file("good.json", false, zwtest::catalogueText("h", "en", {{"n", "kept"}})),
+        file("bad.json", true, zwtest::catalogueText("h", "ja", {{"n", "lost"}}) + ","),
+        ProductPathData(u"missing", true, zwtest::u16((dir.path() / "missing.json").string())),
+        file("empty.json", false, ""),
+    });
+    EXPECT_EQ(title(results, u"c/n"), u"kept");
+    EXPECT_EQ(results.installed.at(u"h").header.getLocale(), u"en");
+}
+
+TEST_F(ReadJsonFiles, PredicateChoosesTheMapAndItsFailureCostsTheRestOfTheFile) {
+    installed = [](const std::u16string& key) {
+        if (key == u"boom") {
+            throw std::runtime_error("predicate failed");
+        }
+        return key != u"out";
+    };
+    const Results results = read({
+        file("in.json", false, zwtest::catalogueText("in", "en", {{"n", "in"}})),
+        file("out.json", false, zwtest::catalogueText("out", "en", {{"n", "out"}})),
+        file("boom.json", false, zwtest::catalogueText("boom", "en", {{"n", "x"}})),
+    });
+    EXPECT_EQ(results.installed.size(), 1U);
+    EXPECT_EQ(results.installed.count(u"in"), 1U);
+    EXPECT_EQ(results.notInstalled.size(), 1U);
+    EXPECT_EQ(results.notInstalled.count(u"out"), 1U);
+}
+
+TEST_F(ReadJsonFiles, EmptyCallablesSkipEveryFileWithoutFailing) {
+    const std::vector<ProductPathData> files = {file("a.json", false, zwtest::catalogueText("h", "en", {}))};
+    parse = nullptr;
+    EXPECT_TRUE(read(files).installed.empty());
+    parse = &example::docparser::detail::parseExampleCatalogue;
+    installed = nullptr;
+    EXPECT_TRUE(read(files).installed.empty());
+}
+
+TEST_F(ReadJsonFiles, NoFilesLeaveTheResultsAsTheyWere) {
+    Results before = read({file("a.json", false, zwtest::catalogueText("h", "en", {{"n", "T"}}))});
+    parse = [](const std::string&) -> ExampleCatalogues { throw std::logic_error("must not be called"); };
+    const Results after = read({}, std::move(before));
+    EXPECT_EQ(title(after, u"c/n"), u"T");
+}
+
+TEST_F(ReadJsonFiles, LocaleFlagIsAskedOutsideTheGuard) {
+    const std::vector<ProductPathData> files = {
+        file("a.json", false, zwtest::catalogueText("a", "en", {})),
+        file("b.json", false, zwtest::catalogueText("b", "en", {})),
+    };
+    zwhost::fault::Scope faults;
+    zwhost::fault::failOn("ProductData::isNonEnglishLocale", 2);
+    Results results;
+    const Info info{parse, installed, {}, u"_ja_JP"};
+    EXPECT_THROW(DocResourceParser::ParsingTools::readJsonFiles(files, info, results), zwhost::fault::InjectedFault);
+    EXPECT_EQ(results.installed.size(), 1U);
+}
+
+// Counts down allocations of CountdownAllocator; the one that brings it to zero fails.
+int allocationsUntilFailure = 0;
+
+// Allocates from the global heap but fails on a chosen allocation, to force a failed insertion.
+template <class T>
+struct CountdownAllocator {
+    using value_type = T;
+    CountdownAllocator() = default;
+    template <class U>
+    CountdownAllocator(const CountdownAllocator<U>&) {}
+    T* allocate(std::size_t n) {
+        if (allocationsUntilFailure > 0 && --allocationsUntilFailure == 0) {
+            throw std::bad_alloc();
+        }
+        return std::allocator<T>().allocate(n);
+    }
+    void deallocate(T* p, std::size_t n) { std::allocator<T>().deallocate(p, n); }
+    friend bool operator==(const CountdownAllocator&, const CountdownAllocator&) { return true; }
+};
+
+TEST_F(ReadJsonFiles, FailedInsertionLosesTheWholeSelectedMap) {
+    using Doc = reference::docparser::DocResource<example::docparser::ExampleItem>;
+    using Map = std::map<std::u16string, Doc, std::less<std::u16string>,
+                         CountdownAllocator<std::pair<const std::u16string, Doc>>>;
+    using MapResults = DocResourceParser::ParsingResults<Map>;
+    const ParsingInfo<Map>::JsonParsingFcn parseIntoMap = [](const std::string& text) {
+        Map map;
+        for (auto& [key, value] : example::docparser::detail::parseExampleCatalogue(text)) {
+            map.emplace(key, std::move(value));
+        }
+        return map;
+    };
+    const ParsingInfo<Map>::IsInstalledFcn byName = [](const std::u16string& key) { return key != u"other"; };
+    const ParsingInfo<Map> info{parseIntoMap, byName, {}, u"_ja_JP"};
+    const std::vector<ProductPathData> files = {
+        file("a.json", false, zwtest::catalogueText("a", "en", {})),
+        file("o.json", false, zwtest::catalogueText("other", "en", {})),
+        file("b.json", false, zwtest::catalogueText("b", "en", {})),
+        file("c.json", false, zwtest::catalogueText("c", "en", {})),
+    };
+    MapResults results;
+    // The parse of b.json makes one node; the insertion of "b" into the held map is the next.
+    allocationsUntilFailure = 0;
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin(), files.begin() + 2), info, results);
+    allocationsUntilFailure = 2;
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin() + 2, files.end()), info, results);
+    EXPECT_EQ(allocationsUntilFailure, 0);
+    EXPECT_EQ(results.installed.size(), 1U) << "\"a\" went with the map; only \"c\" was placed after";
+    EXPECT_EQ(results.installed.count(u"c"), 1U);
+    EXPECT_EQ(results.notInstalled.count(u"other"), 1U);
+}
+
+} // namespace

@@ -1,0 +1,103 @@
+#include <sstream>
+
+#include <boost/json/parse.hpp>
+#include <gtest/gtest.h>
+
+#include "commands.hpp"
+#include "example/docparser/doc_example_parser.hpp"
+#include "support/catalogue_text.hpp"
+#include "support/temp_tree.hpp"
+#include "zwhost/settings.hpp"
+
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+};
+
+class Exampledoc : public ::testing::Test {
+protected:
+    ~Exampledoc() override {
+        zwhost::settings::resetToDefaults();
+        example::docparser::DocExampleParser::restoreDefaultSettings();
+    }
+
+    static Outcome run(int (*command)(const exampledoc::Options&, std::ostream&, std::ostream&),
+                   const std::vector<std::string>& args, bool allowJson = true) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = command(exampledoc::parseOptions(args, allowJson), out, err);
+        return {status, out.str()};
+    }
+
+    const std::string sampleRoot = ZW_SAMPLE_DOCROOT;
+};
+
+TEST_F(Exampledoc, ListShowsTheSampleTreeInTheChosenLocale) {
+    const Outcome ja = run(exampledoc::listCommand, {"--root", sampleRoot, "--locale", "ja_JP"});
+    EXPECT_EQ(ja.status, 0);
+    for (const char* expected : {"graphics  (Zentab 24.2, ja_JP", "signal  (Zentab 24.2, ja_JP", "control  (",
+                                 "stats  (Zentab 24.2, en_US", "ピーク関数のサーフェスプロット", "Live_Script",
+                                 "> openExample('graphics/BarChartDashboard');", "> signalLabeler"}) {
+        EXPECT_NE(ja.out.find(expected), std::string::npos) << expected << "\n" << ja.out;
+    }
+    const Outcome zh = run(exampledoc::listCommand, {"--root", sampleRoot, "--locale", "zh_CN"});
+    EXPECT_NE(zh.out.find("流线动画"), std::string::npos);
+    EXPECT_EQ(zh.out.find("ピーク"), std::string::npos);
+}
+
+TEST_F(Exampledoc, JsonHoldsEveryFieldOfEveryItem) {
+    const Outcome en = run(exampledoc::listCommand, {"--root", sampleRoot, "--locale", "en_US", "--json"});
+    ASSERT_EQ(en.status, 0);
+    const auto json = boost::json::parse(en.out).as_object();
+    EXPECT_EQ(json.size(), 4U);
+    const auto& graphics = json.at("graphics").as_object();
+    EXPECT_EQ(graphics.at("header").at("locale"), "en_US");
+    const auto& items = graphics.at("items").as_array();
+    ASSERT_EQ(items.size(), 5U);
+    const auto& first = items[0].as_object();
+    for (const char* key : {"id", "name", "component", "title", "description", "relativePaths", "thumbnail",
+                            "exampleType", "exampleTypeValue", "openCommand", "supportingFiles", "docIDLinks"}) {
+        EXPECT_TRUE(first.contains(key)) << key;
+    }
+    EXPECT_EQ(first.at("id"), "graphics/AnimateAStreamline");
+    EXPECT_EQ(first.at("exampleTypeValue"), 1);
+}
+
+TEST_F(Exampledoc, CheckNamesWhatWouldBeSkippedAndWhy) {
+    zwtest::TempDir dir;
+    dir.write("docCatalog/exampleapi/a/good.json", zwtest::catalogueText("a", "en", {{"x", "X"}}));
+    dir.write("docCatalog/exampleapi/a/syntax.json", "{\n  \"header\": {},\n  \"exampleItems\": [,]\n}");
+    dir.write("docCatalog/exampleapi/a/format.json", R"({"header":{},"exampleItems":[{"name":"n"}]})");
+    dir.write("docCatalog/exampleapi/b/broken.zip", "not a zip at all");
+    dir.writeZip("docCatalog/exampleapi/b/pkg.zip", {{"p.json", zwtest::catalogueText("b", "en", {})}, {"q.json", "[1,"}});
+    const Outcome check = run(exampledoc::checkCommand, {"--root", dir.path().string(), "--locale", "en_US"}, false);
+    EXPECT_EQ(check.status, 1);
+    for (const char* expected : {"ok    a/good.json: help folder \"a\", 1 example",
+                                 "SKIP  a/syntax.json: invalid JSON at line 3, column 20",
+                                 "SKIP  a/format.json: not a catalogue:", "\"component\"",
+                                 "SKIP  b/broken.zip: package cannot be opened", "ok    b/pkg.zip!p.json",
+                                 "SKIP  b/pkg.zip!q.json: invalid JSON at line 1, column 4",
+                                 "2 catalogues read, 4 files or packages skipped"}) {
+        EXPECT_NE(check.out.find(expected), std::string::npos) << expected << "\n" << check.out;
+    }
+    EXPECT_LT(check.out.find("b/pkg.zip"), check.out.find("a/good.json")) << "packages are read first";
+}
+
+TEST_F(Exampledoc, CheckPassesOnTheSampleTree) {
+    for (const char* locale : {"en_US", "ja_JP", "zh_CN", "ko_KR"}) {
+        const Outcome check = run(exampledoc::checkCommand, {"--root", sampleRoot, "--locale", locale}, false);
+        EXPECT_EQ(check.status, 0) << check.out;
+    }
+}
+
+TEST_F(Exampledoc, BadArgumentsAreUsageErrors) {
+    EXPECT_THROW(exampledoc::parseOptions({"--frobnicate"}, true), exampledoc::UsageError);
+    EXPECT_THROW(exampledoc::parseOptions({"--root"}, true), exampledoc::UsageError);
+    EXPECT_THROW(exampledoc::parseOptions({"--json"}, false), exampledoc::UsageError);
+    EXPECT_THROW(run(exampledoc::listCommand, {"--locale", "japanese"}), exampledoc::UsageError);
+    EXPECT_THROW(run(exampledoc::listCommand, {"--root", "/no/such/root"}), exampledoc::UsageError);
+}
+
+} // namespace

@@ -1,0 +1,17 @@
+#pragma once
+// The commands of exampledoc. Each returns the process exit code.
+
+#include <ostream>
+
+#include "options.hpp"
+
+namespace exampledoc {
+
+/** Lists the catalogues under the root, as text or JSON. */
+int listCommand(const Options& options, std::ostream& out, std::ostream& err);
+
+/** Reads every catalogue file and package as the library does and reports what it would skip;
+    1 if anything would be skipped, 0 otherwise. */
+int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
+
+} // namespace exampledoc
