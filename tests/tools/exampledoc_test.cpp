@@ -8,6 +8,8 @@
 #include "support/catalogue_text.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/zcos.hpp"
+#include "matrix/matrix.hpp"
 
 namespace {
 
@@ -90,6 +92,26 @@ TEST_F(Exampledoc, CheckPassesOnTheSampleTree) {
         const Outcome check = run(exampledoc::checkCommand, {"--root", sampleRoot, "--locale", locale}, false);
         EXPECT_EQ(check.status, 0) << check.out;
     }
+}
+
+TEST_F(Exampledoc, ShowReadsEveryPropertyThroughTheHostClasses) {
+    const auto arrays = zwhost::arrays::liveCount();
+    const auto objects = zwhost::zcos::liveObjectCount();
+    const Outcome shown = run(exampledoc::showCommand, {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "zh_CN"}, false);
+    EXPECT_EQ(shown.status, 0);
+    for (const char* expected : {"(locale zh_CN)", "  Name: \"SurfacePlotOfPeaks\"", "  Title: \"Peaks 函数的曲面图\"",
+                                 "  RelativePaths: 1-by-1 cell\n      - \"graphics/surface/SurfacePlotOfPeaks.zlx\"",
+                                 "  ExampleType: Live_Script (0)", "  SupportingFiles: 1-by-1 cell",
+                                 "  DocIDLinks: 1-by-0 DocIDLink (empty)"}) {
+        EXPECT_NE(shown.out.find(expected), std::string::npos) << expected << "\n" << shown.out;
+    }
+    const Outcome links = run(exampledoc::showCommand, {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "en_US"}, false);
+    EXPECT_NE(links.out.find("  DocIDLinks: 1-by-2 DocIDLink\n      - DocID \"graphics/ref/surf\", Target \"surf\""),
+              std::string::npos) << links.out;
+    EXPECT_EQ(run(exampledoc::showCommand, {"graphics/NoSuchExample", "--root", sampleRoot}, false).status, 1);
+    EXPECT_THROW(run(exampledoc::showCommand, {"--root", sampleRoot}, false), exampledoc::UsageError);
+    EXPECT_EQ(zwhost::arrays::liveCount(), arrays);
+    EXPECT_EQ(zwhost::zcos::liveObjectCount(), objects);
 }
 
 TEST_F(Exampledoc, BadArgumentsAreUsageErrors) {

@@ -10,6 +10,10 @@ namespace exampledoc {
 /** Lists the catalogues under the root, as text or JSON. */
 int listCommand(const Options& options, std::ostream& out, std::ostream& err);
 
+/** Shows one example in full, reading every property through the host's class system;
+    1 if no example has the id. */
+int showCommand(const Options& options, std::ostream& out, std::ostream& err);
+
 /** Reads every catalogue file and package as the library does and reports what it would skip;
     1 if anything would be skipped, 0 otherwise. */
 int checkCommand(const Options& options, std::ostream& out, std::ostream& err);

@@ -16,6 +16,7 @@ constexpr const char* kProgramHelp =
     "\n"
     "commands:\n"
     "  list     the catalogues by help folder, with each example's id, kind, title and open command\n"
+    "  show ID  one example in full, read through the host's class system\n"
     "  check    report every catalogue file or package that would be skipped, and why\n"
     "\n"
     "Run 'exampledoc COMMAND --help' for the options of a command.\n";
@@ -30,6 +31,14 @@ constexpr const char* kListHelp =
     "\n"
     "Lists the catalogues by help folder: each example's id, kind, title and open command.\n"
     "Localised catalogues are merged over the English ones.\n"
+    "\n";
+
+constexpr const char* kShowHelp =
+    "usage: exampledoc show ID [--root DIR] [--locale ll_CC]\n"
+    "\n"
+    "Shows the example with the id ID (component/name, as 'list' prints it) in full. The item is\n"
+    "wrapped as an object of the host's class system and every property is read by name, as the\n"
+    "host reads it. Exit status: 0 if found, 1 if no example has the id, 2 for bad arguments.\n"
     "\n";
 
 constexpr const char* kCheckHelp =
@@ -50,23 +59,39 @@ int main(int argc, char** argv) {
     }
     const std::string& command = words[0];
     const std::vector<std::string> args(words.begin() + 1, words.end());
-    const bool isList = command == "list";
-    if (!isList && command != "check") {
+    struct Command {
+        const char* name;
+        const char* help;
+        bool json;
+        int (*run)(const exampledoc::Options&, std::ostream&, std::ostream&);
+        bool operands;
+    };
+    static constexpr Command kCommands[] = {
+        {"list", kListHelp, true, exampledoc::listCommand, false},
+        {"show", kShowHelp, false, exampledoc::showCommand, true},
+        {"check", kCheckHelp, false, exampledoc::checkCommand, false},
+    };
+    const Command* chosen = nullptr;
+    for (const Command& candidate : kCommands) {
+        if (command == candidate.name) {
+            chosen = &candidate;
+        }
+    }
+    if (chosen == nullptr) {
         std::cerr << "exampledoc: unknown command '" << command << "'\n\n" << kProgramHelp;
         return 2;
     }
-    const char* help = isList ? kListHelp : kCheckHelp;
     try {
-        const exampledoc::Options options = exampledoc::parseOptions(args, isList);
+        const exampledoc::Options options = exampledoc::parseOptions(args, chosen->json);
         if (options.help) {
-            std::cout << help << "options:\n" << kCommonOptions << (isList ? "  --json           print JSON for scripts\n" : "");
+            std::cout << chosen->help << "options:\n" << kCommonOptions
+                      << (chosen->json ? "  --json           print JSON for scripts\n" : "");
             return 0;
         }
-        if (!options.operands.empty()) {
+        if (!chosen->operands && !options.operands.empty()) {
             throw exampledoc::UsageError("unexpected argument '" + options.operands.front() + "'");
         }
-        return isList ? exampledoc::listCommand(options, std::cout, std::cerr)
-                      : exampledoc::checkCommand(options, std::cout, std::cerr);
+        return chosen->run(options, std::cout, std::cerr);
     } catch (const exampledoc::UsageError& error) {
         std::cerr << "exampledoc " << command << ": " << error.what() << "\n(see 'exampledoc " << command
                   << " --help')\n";
