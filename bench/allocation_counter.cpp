@@ -11,13 +11,17 @@ namespace zwbench::heap {
 namespace {
 
 // The block's usable size is asked of malloc on both sides, so nothing is stored beside it.
-std::atomic<std::uint64_t> live{0};
-std::atomic<std::uint64_t> peak{0};
+std::atomic<bool> counting{false};
+std::atomic<std::int64_t> live{0};
+std::atomic<std::int64_t> peak{0};
 
 void counted(void* block) {
-    const std::uint64_t size = malloc_usable_size(block);
-    const std::uint64_t now = live.fetch_add(size, std::memory_order_relaxed) + size;
-    std::uint64_t most = peak.load(std::memory_order_relaxed);
+    if (!counting.load(std::memory_order_relaxed)) {
+        return;
+    }
+    const auto size = static_cast<std::int64_t>(malloc_usable_size(block));
+    const std::int64_t now = live.fetch_add(size, std::memory_order_relaxed) + size;
+    std::int64_t most = peak.load(std::memory_order_relaxed);
     while (now > most && !peak.compare_exchange_weak(most, now, std::memory_order_relaxed)) {
     }
 }
@@ -34,24 +38,30 @@ void* allocate(std::size_t size, std::size_t alignment) {
 }
 
 void release(void* block) noexcept {
-    if (block != nullptr) {
-        live.fetch_sub(malloc_usable_size(block), std::memory_order_relaxed);
-        std::free(block);
+    if (block != nullptr && counting.load(std::memory_order_relaxed)) {
+        live.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(block)), std::memory_order_relaxed);
     }
+    std::free(block);
 }
 
 } // namespace
 
-std::uint64_t liveBytes() {
+Window::Window() {
+    live.store(0, std::memory_order_relaxed);
+    peak.store(0, std::memory_order_relaxed);
+    counting.store(true, std::memory_order_relaxed);
+}
+
+Window::~Window() {
+    counting.store(false, std::memory_order_relaxed);
+}
+
+std::int64_t Window::liveBytes() const {
     return live.load(std::memory_order_relaxed);
 }
 
-std::uint64_t peakBytes() {
+std::int64_t Window::peakBytes() const {
     return peak.load(std::memory_order_relaxed);
-}
-
-void resetPeak() {
-    peak.store(live.load(std::memory_order_relaxed), std::memory_order_relaxed);
 }
 
 } // namespace zwbench::heap
