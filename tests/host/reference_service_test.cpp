@@ -1,6 +1,8 @@
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -214,6 +216,29 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
     EXPECT_THROW(DocResourceParser::openAndReadFile(ProductPathData(u"a", false, std::u16string(u"a\0b.json", 8))),
                  std::runtime_error);
     EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST_F(ReferenceService, ReadsIntoOneAllocationOfTheSizeAndFilesThatDeclareNoneWhole) {
+    const zwtest::TempDir tree;
+    const auto read = [](const fs::path& path) {
+        return DocResourceParser::openAndReadFile(ProductPathData(u"a", false, u16(path.native())));
+    };
+    // Sizes around the buffer that finds the end of a file.
+    for (const std::size_t size : {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, std::size_t{4097},
+                                   std::size_t{100'000}}) {
+        std::string content(size, 'x');
+        content.back() = 'y';
+        const std::string bytes = read(tree.write("sized.json", content));
+        EXPECT_EQ(bytes, content) << size;
+        EXPECT_EQ(bytes.capacity(), std::max<std::size_t>(size, 15)) << size;
+    }
+    // A file of the kernel declares a size of zero and still has content.
+    std::ifstream in("/proc/self/maps");
+    const std::string expected((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    ASSERT_GT(expected.size(), 4096U);
+    const std::string maps = read("/proc/self/maps");
+    EXPECT_EQ(maps.substr(0, 64), expected.substr(0, 64));
+    EXPECT_GT(maps.size(), 4096U);
 }
 
 TEST_F(ReferenceService, EveryFaultPointThrowsWhenArmed) {

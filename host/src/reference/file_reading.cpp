@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -18,7 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kChunk = std::size_t{64} << 10;
+// One read asks for at most this much; the stack buffer that finds the end holds kSpill.
+constexpr std::size_t kMostPerRead = std::size_t{1} << 30;
+constexpr std::size_t kSpill = std::size_t{4} << 10;
 
 [[noreturn]] void fail(const char* what, const fs::path& path, int error) {
     throw fs::filesystem_error(what, path, std::error_code(error, std::generic_category()));
@@ -54,24 +57,34 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
     if (declared > limit) {
         fail("file exceeds the read limit", path, EFBIG);
     }
-    // The declared size only sizes the first allocation: the file may change while it is read,
-    // so the loop asks for one byte past the limit and fails if it gets it.
+    // The declared size only sizes the allocation: the file may change while it is read. The
+    // reserved room is read in place; once it is full, a small buffer on the stack finds the end
+    // of the file without growing the string, and only a file that grew since is appended to,
+    // up to one buffer past the limit.
     std::string bytes;
     bytes.reserve(static_cast<std::size_t>(declared));
+    char spill[kSpill];
     for (;;) {
-        const std::uint64_t remaining = limit - bytes.size();
-        const std::size_t want = remaining < kChunk ? static_cast<std::size_t>(remaining) + 1 : kChunk;
         const std::size_t held = bytes.size();
-        bytes.resize(held + want);
-        const ssize_t got = ::read(file.get(), bytes.data() + held, want);
+        const std::size_t room = bytes.capacity() - held;
+        ssize_t got;
+        if (room > 0) {
+            const std::size_t want = std::min(room, kMostPerRead);
+            bytes.resize(held + want);
+            got = ::read(file.get(), bytes.data() + held, want);
+            bytes.resize(held + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        } else {
+            got = ::read(file.get(), spill, sizeof spill);
+            if (got > 0) {
+                bytes.append(spill, static_cast<std::size_t>(got));
+            }
+        }
         if (got < 0) {
             if (errno == EINTR) {
-                bytes.resize(held);
                 continue;
             }
             fail("cannot read", path, errno);
         }
-        bytes.resize(held + static_cast<std::size_t>(got));
         if (got == 0) {
             return bytes;
         }

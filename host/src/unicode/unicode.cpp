@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstring>
 
-
 namespace zwhost::unicode {
 namespace {
 
@@ -15,78 +14,126 @@ bool isContinuation(unsigned char byte) {
     return (byte & 0xC0U) == 0x80U;
 }
 
+constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
+
+std::uint64_t load8(const unsigned char* src) {
+    std::uint64_t word;
+    std::memcpy(&word, src, sizeof word);
+    return word;
+}
+
+/** Whether all `size` bytes are ASCII: eight at a time, the last eight overlapping the rest,
+    with no early exit, as text is mostly ASCII and mostly short. */
+bool isAscii(const unsigned char* src, std::size_t size) {
+    if (size < 8) {
+        unsigned char any = 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            any |= src[i];
+        }
+        return any < 0x80U;
+    }
+    std::uint64_t any = load8(src + size - 8);
+    for (std::size_t i = 0; i + 8 <= size; i += 8) {
+        any |= load8(src + i);
+    }
+    return (any & kHighBits) == 0;
+}
+
+/** The UTF-16 length of well-formed UTF-8: a unit for each byte that is not a continuation,
+    and one more for each lead of four bytes. On malformed text it bounds what the decoder
+    writes before it finds the fault, since each sequence it accepts adds exactly that much. */
+std::size_t utf16Length(const unsigned char* src, std::size_t size) {
+    std::size_t units = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        units += static_cast<std::size_t>(!isContinuation(src[i])) + static_cast<std::size_t>(src[i] >= 0xF0U);
+    }
+    return units;
+}
+
+/** Decodes the sequence that starts with the non-ASCII byte at `i`; gives its length. */
+std::size_t decodeSequence(const unsigned char* src, std::size_t size, std::size_t i, char16_t*& dst) {
+    const unsigned char lead = src[i];
+    std::uint32_t code;
+    std::size_t length;
+    std::uint32_t least;
+    if ((lead & 0xE0U) == 0xC0U) {
+        code = lead & 0x1FU;
+        length = 2;
+        least = 0x80;
+    } else if ((lead & 0xF0U) == 0xE0U) {
+        code = lead & 0x0FU;
+        length = 3;
+        least = 0x800;
+    } else if ((lead & 0xF8U) == 0xF0U) {
+        code = lead & 0x07U;
+        length = 4;
+        least = 0x10000;
+    } else {
+        malformed(i);
+    }
+    if (length > size - i) {
+        malformed(i);
+    }
+    for (std::size_t k = 1; k < length; ++k) {
+        if (!isContinuation(src[i + k])) {
+            malformed(i);
+        }
+        code = (code << 6) | (src[i + k] & 0x3FU);
+    }
+    if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+        malformed(i);
+    }
+    if (code >= 0x10000) {
+        code -= 0x10000;
+        *dst++ = static_cast<char16_t>(0xD800 + (code >> 10));
+        *dst++ = static_cast<char16_t>(0xDC00 + (code & 0x3FFU));
+    } else {
+        *dst++ = static_cast<char16_t>(code);
+    }
+    return length;
+}
+
+/** Decodes all of `src` into `dst`, which has room for its UTF-16 length; gives the end. */
+std::size_t decode(const unsigned char* src, std::size_t size, char16_t* dst) {
+    char16_t* const start = dst;
+    std::size_t i = 0;
+    while (i < size) {
+        if (src[i] >= 0x80U) {
+            i += decodeSequence(src, size, i, dst);
+        } else if (size - i >= 8 && (load8(src + i) & kHighBits) == 0) {
+            for (std::size_t k = 0; k < 8; ++k) {
+                dst[k] = src[i + k];
+            }
+            i += 8;
+            dst += 8;
+        } else {
+            *dst++ = src[i++];
+        }
+    }
+    return static_cast<std::size_t>(dst - start);
+}
+
+// UTF-8 never has fewer bytes than UTF-16 has units, so text of up to this many bytes decodes
+// into a buffer of this many units.
+constexpr std::size_t kStackUnits = 512;
+
 } // namespace
 
 std::u16string utf8ToUtf16(std::string_view text) {
-    // UTF-16 never needs more units than UTF-8 has bytes; the string is shrunk at the end.
-    std::u16string out;
-    out.resize(text.size());
-    char16_t* dst = out.data();
     const auto* src = reinterpret_cast<const unsigned char*>(text.data());
     const std::size_t size = text.size();
-    std::size_t i = 0;
-    while (i < size) {
-        // ASCII fast path: eight bytes at a time while none has its high bit set.
-        while (i + 8 <= size) {
-            std::uint64_t block;
-            std::memcpy(&block, src + i, sizeof block);
-            if ((block & 0x8080808080808080ULL) != 0) {
-                break;
-            }
-            for (int k = 0; k < 8; ++k) {
-                *dst++ = static_cast<char16_t>(src[i + k]);
-            }
-            i += 8;
-        }
-        if (i >= size) {
-            break;
-        }
-        const unsigned char lead = src[i];
-        if (lead < 0x80U) {
-            *dst++ = lead;
-            ++i;
-            continue;
-        }
-        std::uint32_t code;
-        std::size_t length;
-        std::uint32_t least;
-        if ((lead & 0xE0U) == 0xC0U) {
-            code = lead & 0x1FU;
-            length = 2;
-            least = 0x80;
-        } else if ((lead & 0xF0U) == 0xE0U) {
-            code = lead & 0x0FU;
-            length = 3;
-            least = 0x800;
-        } else if ((lead & 0xF8U) == 0xF0U) {
-            code = lead & 0x07U;
-            length = 4;
-            least = 0x10000;
-        } else {
-            malformed(i);
-        }
-        if (i + length > size) {
-            malformed(i);
-        }
-        for (std::size_t k = 1; k < length; ++k) {
-            if (!isContinuation(src[i + k])) {
-                malformed(i);
-            }
-            code = (code << 6) | (src[i + k] & 0x3FU);
-        }
-        if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
-            malformed(i);
-        }
-        if (code >= 0x10000) {
-            code -= 0x10000;
-            *dst++ = static_cast<char16_t>(0xD800 + (code >> 10));
-            *dst++ = static_cast<char16_t>(0xDC00 + (code & 0x3FFU));
-        } else {
-            *dst++ = static_cast<char16_t>(code);
-        }
-        i += length;
+    // Most text is ASCII through and through: widened in one go into a string of its size.
+    if (isAscii(src, size)) {
+        return std::u16string(src, src + size);
     }
-    out.resize(static_cast<std::size_t>(dst - out.data()));
+    // Short text is decoded on the stack and copied into a string of its exact size; longer
+    // text is measured first, so that its string is still allocated once and to size.
+    if (size <= kStackUnits) {
+        char16_t units[kStackUnits];
+        return std::u16string(units, decode(src, size, units));
+    }
+    std::u16string out(utf16Length(src, size), u'\0');
+    decode(src, size, out.data());
     return out;
 }
 

@@ -1,0 +1,25 @@
+#pragma once
+// Heap accounting of the benchmark program: while a window is open, its global operator new and
+// delete count the bytes that are live, and the most that were live at once. Outside a window
+// they cost one flag test, so the timings are not skewed by the accounting.
+
+#include <cstdint>
+
+namespace zwbench::heap {
+
+/** Counts allocations from its construction to its destruction; one window at a time. */
+class Window {
+public:
+    Window();
+    ~Window();
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    /** Bytes allocated in the window and not yet freed, less those freed of earlier blocks. */
+    std::int64_t liveBytes() const;
+
+    /** The most that liveBytes has been so far. */
+    std::int64_t peakBytes() const;
+};
+
+} // namespace zwbench::heap

@@ -1,0 +1,46 @@
+#pragma once
+// A deterministic corpus for the benchmarks: catalogue texts with realistic fields, and
+// documentation trees of loose catalogues and zip packages in English and two locales.
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace zwbench {
+
+/** The three texts of one help folder: English, and two partial localisations. */
+struct CatalogueFamily {
+    std::string english;
+    std::string japanese;
+    std::string chinese;
+};
+
+/** The catalogues of `helpFolder`, the English one about `englishBytes` long. The Japanese one
+    carries about 70 % of the entries, the Chinese one about 40 %. Equal arguments give equal
+    texts on every machine. */
+CatalogueFamily makeCatalogueFamily(const std::string& helpFolder, std::uint64_t seed,
+                                    std::size_t englishBytes);
+
+/** A package of a tree, with the entries that a parse in the current locale reads. */
+struct PackageToRead {
+    std::filesystem::path file;
+    std::vector<std::string> entries;
+};
+
+/** Where a generated tree lies and what a parse of it in locale "ja_JP" reads. */
+struct Tree {
+    std::filesystem::path root;
+    std::vector<std::filesystem::path> looseFiles;
+    std::vector<PackageToRead> packages;
+};
+
+/** The locale a tree's read lists are made for, and the locales its catalogues are written in. */
+inline constexpr const char* kCurrentLocale = "ja_JP";
+inline constexpr const char* kOtherLocale = "zh_CN";
+
+/** The tree of `scale` times the base corpus (about 25 MB of catalogue text) under `cache`,
+    written on first use and reused after; a scale of 4 holds about 100 MB. */
+Tree generateTree(const std::filesystem::path& cache, unsigned scale);
+
+} // namespace zwbench

@@ -1,0 +1,245 @@
+// The library against its floor and a peer: one large catalogue parsed three ways, and whole
+// documentation trees read by the full call and by the least work that reading them takes.
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <benchmark/benchmark.h>
+#include <boost/json/monotonic_resource.hpp>
+#include <boost/json/parse.hpp>
+#include <zip.h>
+
+#include "allocation_counter.hpp"
+#include "catalogue/catalogue_parser.hpp"
+#include "corpus.hpp"
+#include "example/docparser/doc_example_parser.hpp"
+#include "nlohmann_records.hpp"
+#include "zwhost/settings.hpp"
+#include "zwhost/unicode.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The catalogue of the single-file benchmarks: about 15 MB of English, and its Japanese
+// localisation, which carries 70 % of the entries.
+constexpr std::size_t kLargeCatalogueBytes = 15'000'000;
+
+const zwbench::CatalogueFamily& largeFamily() {
+    static const zwbench::CatalogueFamily family =
+        zwbench::makeCatalogueFamily("bench", 42, kLargeCatalogueBytes);
+    return family;
+}
+
+const std::string& largeCatalogue(std::int64_t language) {
+    return language == 0 ? largeFamily().english : largeFamily().japanese;
+}
+
+void labelLanguage(benchmark::State& state) {
+    state.SetLabel(state.range(0) == 0 ? "en" : "ja");
+}
+
+std::size_t itemCount(const example::docparser::ExampleCatalogues& catalogues) {
+    std::size_t count = 0;
+    for (const auto& [helpFolder, catalogue] : catalogues) {
+        for (const auto& [id, items] : catalogue.items) {
+            count += items.size();
+        }
+    }
+    return count;
+}
+
+/** Destroys `result` with the clock stopped: the caller keeps the records, so freeing them is
+    no part of reading them. */
+void discardUntimed(benchmark::State& state, example::docparser::ExampleCatalogues result) {
+    state.PauseTiming();
+    { const example::docparser::ExampleCatalogues gone = std::move(result); }
+    // glibc merges the many small blocks just freed on its next large request; one is made here,
+    // so that the merging is charged to the freeing and not to the next parse.
+    std::free(std::malloc(std::size_t{1} << 16));
+    state.ResumeTiming();
+}
+
+void BM_RawBoostJsonParse(benchmark::State& state) {
+    const std::string& text = largeCatalogue(state.range(0));
+    for (auto _ : state) {
+        // The same first block as the library's parser takes.
+        boost::json::monotonic_resource memory(1024);
+        const boost::json::value root = boost::json::parse(text, &memory);
+        benchmark::DoNotOptimize(&root);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    labelLanguage(state);
+}
+
+void BM_ParseExampleCatalogue(benchmark::State& state) {
+    const std::string& text = largeCatalogue(state.range(0));
+    std::size_t items = 0;
+    for (auto _ : state) {
+        example::docparser::ExampleCatalogues result = example::docparser::detail::parseExampleCatalogue(text);
+        items = itemCount(result);
+        discardUntimed(state, std::move(result));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    state.counters["items"] = static_cast<double>(items);
+    labelLanguage(state);
+}
+
+void BM_NlohmannRecords(benchmark::State& state) {
+    const std::string& text = largeCatalogue(state.range(0));
+    std::size_t items = 0;
+    for (auto _ : state) {
+        example::docparser::ExampleCatalogues result = zwbench::parseWithNlohmann(text);
+        items = itemCount(result);
+        discardUntimed(state, std::move(result));
+    }
+    if (items != itemCount(example::docparser::detail::parseExampleCatalogue(text))) {
+        state.SkipWithError("the peer and the library read different records");
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    state.counters["items"] = static_cast<double>(items);
+    labelLanguage(state);
+}
+
+fs::path cacheFolder() {
+    const char* folder = std::getenv("ZW_BENCH_CACHE");
+    return folder != nullptr && *folder != '\0' ? fs::path(folder) : fs::temp_directory_path() / "docparser_bench";
+}
+
+const zwbench::Tree& treeOf(std::int64_t scale) {
+    static std::map<std::int64_t, zwbench::Tree> trees;
+    auto found = trees.find(scale);
+    if (found == trees.end()) {
+        found = trees.emplace(scale, zwbench::generateTree(cacheFolder(), static_cast<unsigned>(scale))).first;
+    }
+    return found->second;
+}
+
+std::string readWholeFile(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes(fs::file_size(file), '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!in) {
+        throw std::runtime_error("cannot read " + file.string());
+    }
+    return bytes;
+}
+
+struct ZipClose {
+    void operator()(zip_t* archive) const { zip_discard(archive); }
+};
+
+struct EntryClose {
+    void operator()(zip_file_t* file) const { zip_fclose(file); }
+};
+
+/** Calls `use` with the text of every catalogue that a parse of `tree` reads: the entries of
+    each package through libzip, then each loose file. */
+template <class Use>
+void forEachText(const zwbench::Tree& tree, Use use) {
+    for (const zwbench::PackageToRead& package : tree.packages) {
+        int error = 0;
+        const std::unique_ptr<zip_t, ZipClose> archive(zip_open(package.file.c_str(), ZIP_RDONLY, &error));
+        if (!archive) {
+            throw std::runtime_error("cannot open " + package.file.string());
+        }
+        for (const std::string& name : package.entries) {
+            zip_stat_t stat;
+            if (zip_stat(archive.get(), name.c_str(), 0, &stat) != 0) {
+                throw std::runtime_error("no entry " + name + " in " + package.file.string());
+            }
+            std::string text(stat.size, '\0');
+            const std::unique_ptr<zip_file_t, EntryClose> entry(zip_fopen_index(archive.get(), stat.index, 0));
+            if (!entry || zip_fread(entry.get(), text.data(), text.size()) != static_cast<zip_int64_t>(text.size())) {
+                throw std::runtime_error("cannot read " + name + " in " + package.file.string());
+            }
+            use(text);
+        }
+    }
+    for (const fs::path& file : tree.looseFiles) {
+        use(readWholeFile(file));
+    }
+}
+
+struct TreeSize {
+    std::uint64_t bytes = 0;
+    std::uint64_t largest = 0;
+};
+
+TreeSize sizeOf(const zwbench::Tree& tree) {
+    TreeSize size;
+    forEachText(tree, [&](const std::string& text) {
+        size.bytes += text.size();
+        size.largest = std::max<std::uint64_t>(size.largest, text.size());
+    });
+    return size;
+}
+
+void BM_TreeFloor(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    for (auto _ : state) {
+        forEachText(tree, [](const std::string& text) {
+            boost::json::monotonic_resource memory(1024);
+            const boost::json::value root = boost::json::parse(text, &memory);
+            benchmark::DoNotOptimize(&root);
+        });
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+}
+
+void BM_GetDocExampleFiles(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
+    std::size_t catalogues = 0;
+    for (auto _ : state) {
+        example::docparser::ExampleCatalogues result = example::docparser::DocExampleParser::getDocExampleFiles(root);
+        catalogues = result.size();
+        discardUntimed(state, std::move(result));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+    state.counters["catalogues"] = static_cast<double>(catalogues);
+
+    // One more call, untimed, for the memory: the most it held at once against what it gives.
+    std::int64_t resultBytes = 0;
+    std::int64_t peakBytes = 0;
+    {
+        const zwbench::heap::Window window;
+        const example::docparser::ExampleCatalogues result = example::docparser::DocExampleParser::getDocExampleFiles(root);
+        resultBytes = window.liveBytes();
+        peakBytes = window.peakBytes();
+    }
+    state.counters["peak_MB"] = static_cast<double>(peakBytes) / 1e6;
+    state.counters["result_MB"] = static_cast<double>(resultBytes) / 1e6;
+    state.counters["largest_MB"] = static_cast<double>(size.largest) / 1e6;
+}
+
+BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TreeFloor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_GetDocExampleFiles)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // The trees hold English, Japanese and Chinese catalogues; Japanese is read, Chinese left out.
+    zwhost::settings::setSupportedDocLocales({u"ja_JP", u"ko_KR", u"zh_CN"});
+    zwhost::settings::setCurrentLocale(zwhost::unicode::utf8ToUtf16(zwbench::kCurrentLocale));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

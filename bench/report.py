@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""Prints the table of a docparser_bench run (Google Benchmark JSON) with the ratios it is judged by.
+
+Usage: report.py RESULTS.json
+"""
+import json
+import sys
+
+
+def main() -> int:
+    with open(sys.argv[1], encoding="utf-8") as handle:
+        run = json.load(handle)
+    rows = {b["name"].split("/min_time")[0]: b for b in run["benchmarks"] if b.get("run_type") == "iteration"}
+
+    def throughput(name):
+        return rows[name]["bytes_per_second"] / 1e6
+
+    # CPU time: the machines these run on are shared, and waiting for a core is no cost of ours.
+    def millis(name):
+        return rows[name]["cpu_time"]
+
+    def peakRatio(scale):
+        row = rows[f"BM_GetDocExampleFiles/{scale}"]
+        return row["peak_MB"] / (row["result_MB"] + 4 * row["largest_MB"])
+
+    print("| Benchmark | CPU time (ms) | MB/s | Notes |")
+    print("|---|---:|---:|---|")
+    for name, row in rows.items():
+        notes = []
+        if row.get("label"):
+            notes.append(row["label"])
+        for counter in ("MB", "peak_MB", "result_MB", "largest_MB"):
+            if counter in row:
+                notes.append(f"{counter}={row[counter]:.1f}")
+        print(f"| {name} | {millis(name):.1f} | {throughput(name):.0f} | {' '.join(notes)} |")
+
+    checks = []
+
+    def check(what, ratio, relation, target):
+        # A filtered run lacks some rows; their ratios are left out.
+        try:
+            checks.append((what, ratio(), relation, target))
+        except KeyError:
+            pass
+
+    for arg, language in (("0", "en"), ("1", "ja")):
+        check(f"parse / raw JSON throughput ({language})",
+              lambda: throughput(f"BM_ParseExampleCatalogue/{arg}") / throughput(f"BM_RawBoostJsonParse/{arg}"),
+              ">=", 0.5)
+        check(f"parse / nlohmann throughput ({language})",
+              lambda: throughput(f"BM_ParseExampleCatalogue/{arg}") / throughput(f"BM_NlohmannRecords/{arg}"),
+              ">=", 5.0)
+    for scale in ("1", "2", "4"):
+        check(f"full call / floor time ({scale}x)",
+              lambda: millis(f"BM_GetDocExampleFiles/{scale}") / millis(f"BM_TreeFloor/{scale}"), "<=", 1.3)
+    for low, high in (("1", "2"), ("2", "4")):
+        check(f"full call time {high}x / {low}x",
+              lambda: millis(f"BM_GetDocExampleFiles/{high}") / millis(f"BM_GetDocExampleFiles/{low}"), "<=", 2.2)
+    for scale in ("1", "2", "4"):
+        check(f"peak / (result + 4 x largest file) ({scale}x)", lambda: peakRatio(scale), "<=", 1.0)
+
+    if not checks:
+        return 0
+    print()
+    print("| Ratio | Measured | Target | Met |")
+    print("|---|---:|---:|---|")
+    failed = 0
+    for what, value, relation, target in checks:
+        met = value >= target if relation == ">=" else value <= target
+        failed += not met
+        print(f"| {what} | {value:.2f} | {relation} {target} | {'yes' if met else 'NO'} |")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
