@@ -11,6 +11,7 @@ if(ZW_WARNINGS_AS_ERRORS)
 endif()
 
 # Adds a shared library of the host platform: sources, public headers under host/include.
+# zwhost_<service> is known to users of the package as ExampleDocParser::host_<service>.
 function(zw_add_host_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   add_library(${name} SHARED ${ARG_SOURCES})
@@ -18,6 +19,11 @@ function(zw_add_host_library name)
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/host/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS} zw_warnings)
+  string(REGEX REPLACE "^zwhost_" "host_" export_name ${name})
+  add_library(ExampleDocParser::${export_name} ALIAS ${name})
+  set_property(GLOBAL APPEND PROPERTY ZW_HOST_LIBRARIES ${name})
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    EXPORT_NAME ${export_name}
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
 endfunction()

@@ -18,6 +18,7 @@ std::string getFullClassName() {
 }
 
 /** The class identifier of `fullName`, which is freed on return. */
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the name is the function's own.
 inline zcos::COSInternedBase<zcos::internal::IdEmptyPolicy> makeClassIdentifier(std::string fullName) {
     if (fullName.empty()) {
         return &zcos::internal::nullValue;

@@ -1,7 +1,10 @@
 #include "zwhost/settings.hpp"
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -28,11 +31,27 @@ std::optional<std::u16string> environment(const char* name) {
     return reference::detail::fromNative(value);
 }
 
+// The sample tree installed with this library, found from the library's own location so that
+// an installed tree can move as a whole; in the build tree, the one in the sources.
+std::string sampleDocumentationRoot() {
+    static const char inThisLibrary = 0;
+    Dl_info info{};
+    if (dladdr(&inThisLibrary, &info) != 0 && info.dli_fname != nullptr) {
+        std::error_code error;
+        const std::filesystem::path installed = std::filesystem::canonical(
+            std::filesystem::path(info.dli_fname).parent_path() / ZW_SAMPLE_DOCROOT_FROM_LIBDIR, error);
+        if (!error && std::filesystem::is_directory(installed, error)) {
+            return installed.string();
+        }
+    }
+    return ZW_SAMPLE_DOCROOT;
+}
+
 std::u16string defaultDocumentationRoot() {
     if (auto root = environment("ZW_DOC_ROOT")) {
         return std::move(*root);
     }
-    return reference::detail::fromNative(ZW_SAMPLE_DOCROOT).value_or(std::u16string());
+    return reference::detail::fromNative(sampleDocumentationRoot()).value_or(std::u16string());
 }
 
 std::u16string defaultCurrentLocale() {

@@ -1,0 +1,63 @@
+# Builds and runs the consumer project of tests/consumer against this project.
+#   MODE=install       installs the build tree into WORK_DIR/prefix, then uses the package through
+#                      find_package and through pkg-config, and runs the installed tool
+#   MODE=subdirectory  builds the consumer with the project's sources through add_subdirectory
+# Other variables: SOURCE_DIR, BUILD_DIR, WORK_DIR, GENERATOR, CXX_COMPILER, CXX_FLAGS,
+# BUILD_TYPE, LIBDIR, BINDIR, DATADIR, PKG_CONFIG (may be empty), TOOL (ON if the tool is built).
+cmake_minimum_required(VERSION 3.25)
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT status EQUAL 0)
+    list(JOIN ARGN " " command)
+    message(FATAL_ERROR "${command}\nexited with ${status}:\n${output}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+# The default documentation root must come from the sample tree, never from the environment.
+unset(ENV{ZW_DOC_ROOT})
+file(REMOVE_RECURSE "${WORK_DIR}")
+
+set(configure_args -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
+  "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}")
+
+if(MODE STREQUAL "install")
+  set(prefix "${WORK_DIR}/prefix")
+  set(docroot "${prefix}/${DATADIR}/exampledocparser/docroot")
+  run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+
+  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer" -B "${WORK_DIR}/build" ${configure_args}
+    "-DCMAKE_PREFIX_PATH=${prefix}")
+  run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
+  run("${WORK_DIR}/build/consumer" "${docroot}")
+  message(STATUS "find_package: ${output}")
+
+  if(TOOL)
+    run("${prefix}/${BINDIR}/exampledoc" list)
+    if(NOT output MATCHES "${docroot}")
+      message(FATAL_ERROR "the installed tool does not read the installed sample tree:\n${output}")
+    endif()
+  endif()
+
+  if(PKG_CONFIG)
+    set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
+    run("${PKG_CONFIG}" --cflags --libs exampledocparser)
+    separate_arguments(flags UNIX_COMMAND "${output} ${CXX_FLAGS}")
+    run("${PKG_CONFIG}" --variable=sampledocroot exampledocparser)
+    string(STRIP "${output}" pc_docroot)
+    run("${CXX_COMPILER}" -std=c++20 -o "${WORK_DIR}/pkgconfig-consumer"
+      "${SOURCE_DIR}/tests/consumer/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+    run("${WORK_DIR}/pkgconfig-consumer" "${pc_docroot}")
+    message(STATUS "pkg-config: ${output}")
+  endif()
+elseif(MODE STREQUAL "subdirectory")
+  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer" -B "${WORK_DIR}/build" ${configure_args}
+    "-DEXAMPLEDOCPARSER_SOURCE_DIR=${SOURCE_DIR}")
+  run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
+  run("${WORK_DIR}/build/consumer" "${SOURCE_DIR}/examples/docroot")
+  message(STATUS "add_subdirectory: ${output}")
+else()
+  message(FATAL_ERROR "MODE must be install or subdirectory, not '${MODE}'")
+endif()
+file(REMOVE_RECURSE "${WORK_DIR}")
