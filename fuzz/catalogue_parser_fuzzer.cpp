@@ -1,5 +1,6 @@
 // Arbitrary text through the catalogue parser and the item's host values: the parser gives one
-// catalogue with every item filed under its own id, or throws a standard exception; building and
+// catalogue with every item filed under its component, "/" and its name (also when a half is
+// empty, where the item's own getID is empty), or throws a standard exception; building and
 // dropping the host values of the items leaves no host array or object behind.
 
 #include <cstddef>
@@ -33,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         for (const auto& [id, items] : catalogues.begin()->second.items) {
             for (const example::docparser::ExampleItem& item : items) {
-                if (item.getID() != id) {
+                if (item.getComponent() + u'/' + item.getName() != id) {
                     __builtin_trap();
                 }
                 const example::docparser::ExampleItem copy = item.copy();
