@@ -207,6 +207,32 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSet) {
     }
 }
 
+TEST_F(AllocationFailure, FailedRootOperationsKeepTheEarlierRoot) {
+    const std::u16string longer = u"/a documentation root too long to be stored in place";
+    zwhost::settings::setDocumentationRoot(longer);
+    const struct {
+        const char* name;
+        std::function<void()> operation;
+    } operations[] = {
+        {"setExampleRoot", [&] { DocExampleParser::setExampleRoot(longer + u"/set"); }},
+        {"restoreDefaultSettings", [] { DocExampleParser::restoreDefaultSettings(); }},
+    };
+    for (const auto& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        const std::uint64_t allocations = sweep([&](const auto& guarded) {
+            DocExampleParser::setExampleRoot(u"/earlier");
+            const auto earlier = DocExampleParser::getExampleRoot();
+            try {
+                guarded(operation.operation);
+            } catch (const std::bad_alloc&) {
+                EXPECT_EQ(DocExampleParser::getExampleRoot(), earlier);
+            }
+        });
+        EXPECT_GT(allocations, 1U);
+    }
+    zwhost::settings::resetToDefaults();
+}
+
 TEST_F(AllocationFailure, WholeReadThrowsOrGivesAConsistentPart) {
     const zwtest::TempDir dir;
     zwtest::writeSmallTree(dir);
