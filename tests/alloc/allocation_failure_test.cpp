@@ -29,11 +29,12 @@ using zwtest::ExampleItem;
 using zwtest::ExampleType;
 using Caches = example::docparser::detail::ExampleItemCaches;
 
+using Guarded = std::function<void(const std::function<void()>& operation)>;
+
 // Calls `run` again and again; each time, the operation it hands to `guarded` runs with its first
 // allocation failing, then its second, and so on, until a run makes fewer allocations than the
 // one due to fail. `run` checks the outcome; host arrays and objects must be back to their count
 // after each run. Gives the number of allocations of a whole run.
-using Guarded = std::function<void(const std::function<void()>& operation)>;
 
 std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
     for (std::uint64_t n = 1;; ++n) {
@@ -61,19 +62,6 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
     }
 }
 
-std::string everyItem(const ExampleCatalogues& result) {
-    std::string text;
-    for (const auto& [folder, catalogue] : result) {
-        text += std::string(folder.begin(), folder.end()) + ":\n";
-        for (const auto& [id, items] : catalogue.items) {
-            for (const auto& item : items) {
-                text += zwtest::describe(item) + '\n';
-            }
-        }
-    }
-    return text;
-}
-
 class AllocationFailure : public zwtest::BridgeTest {};
 
 TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
@@ -84,7 +72,7 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
         R"("exampleType":"Live Script","relative_path":["graphics/surface/SurfacePlotOfPeaks.zlx"],)"
         R"("supporting_files":[" peaksData.zat "],"docid_links":[{"docid":"graphics/ref/surf","target":"surf"}]},)"
         R"({"name":"n","component":"c","title":"t","thumbnail":"","exampleType":"App","openCmd":"run this one"}]})";
-    const std::string whole = everyItem(example::docparser::detail::parseExampleCatalogue(text));
+    const std::string whole = zwtest::describe(example::docparser::detail::parseExampleCatalogue(text));
     const std::uint64_t allocations = sweep([&](const auto& guarded) {
         ExampleCatalogues result;
         try {
@@ -92,7 +80,7 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
         } catch (const std::bad_alloc&) {
             return;
         }
-        EXPECT_EQ(everyItem(result), whole);
+        EXPECT_EQ(zwtest::describe(result), whole);
     });
     EXPECT_GT(allocations, 20U);
 }

@@ -40,6 +40,20 @@ inline std::string describe(const example::docparser::ExampleItem& item) {
     return std::string(text.begin(), text.end());
 }
 
+/** Every item of a result, one line each, under the name of its help folder. */
+inline std::string describe(const example::docparser::ExampleCatalogues& result) {
+    std::string text;
+    for (const auto& [folder, catalogue] : result) {
+        text += std::string(folder.begin(), folder.end()) + ":\n";
+        for (const auto& [id, items] : catalogue.items) {
+            for (const auto& item : items) {
+                text += describe(item) + '\n';
+            }
+        }
+    }
+    return text;
+}
+
 /** Empty if every help folder of `part` is in `whole`, and every id there has the items `whole`
     gives it or those `english` gives it; otherwise the first id that breaks this. */
 inline std::string inconsistency(const example::docparser::ExampleCatalogues& part,
