@@ -74,6 +74,14 @@ TEST_F(DocExampleParserTest, OtherLocalesAreNotReadAndBadFilesLeaveGaps) {
     EXPECT_EQ(result.size(), 2U);
 }
 
+TEST_F(DocExampleParserTest, RootWhereEveryFileFailsGivesAnEmptyResult) {
+    dir.write("a/broken.json", "{");
+    dir.write("a/not_a_catalogue.json", "[]");
+    dir.write("b/bad.zip", "no zip");
+    dir.writeZip("b/inside_bad.zip", {{"ex.json", "{\"header\":7}"}});
+    EXPECT_TRUE(DocExampleParser::getDocExampleFiles(root()).empty());
+}
+
 TEST_F(DocExampleParserTest, EmptyRootReadsNothingAndAsksNothing) {
     EXPECT_TRUE(DocExampleParser::getDocExampleFiles(u"").empty());
     EXPECT_EQ(zwhost::fault::callsOf("ParsingTools::getSupportedDocLocales"), 0U);

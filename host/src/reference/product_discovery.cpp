@@ -2,13 +2,17 @@
 // packages lie under a root, in the order they are to be read.
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
+
+#include <dirent.h>
 
 #include "native_name.hpp"
 #include "reference/docparser/doc_resource_parser.hpp"
@@ -44,10 +48,24 @@ bool isPackageName(std::u16string_view name) {
 using Listing = std::vector<std::pair<std::string, fs::directory_entry>>;
 
 // The entries of `folder` by native name in byte order, so that every machine reads alike.
+// Listed with readdir: libstdc++'s directory_iterator allocates inside a noexcept step, so
+// running out of memory there would end the process instead of throwing std::bad_alloc.
 Listing listSorted(const fs::path& folder) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), &::closedir);
+    if (!dir) {
+        throw fs::filesystem_error("cannot list the folder", folder, std::error_code(errno, std::generic_category()));
+    }
     Listing entries;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        entries.emplace_back(entry.path().filename().native(), entry);
+    for (errno = 0; const dirent* found = ::readdir(dir.get()); errno = 0) {
+        const std::string_view name(found->d_name);
+        if (name != "." && name != "..") {
+            // An entry that cannot be looked at stays in the list as neither folder nor file.
+            std::error_code ignored;
+            entries.emplace_back(std::string(name), fs::directory_entry(folder / name, ignored));
+        }
+    }
+    if (errno != 0) {
+        throw fs::filesystem_error("cannot list the folder", folder, std::error_code(errno, std::generic_category()));
     }
     std::sort(entries.begin(), entries.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <numeric>
 #include <stdexcept>
@@ -15,11 +16,12 @@ std::atomic<std::int64_t> liveArrays{0};
 
 zxArray_tag* newArray(cppcompat::detail::span::span<unsigned long const> dims, zxClassID classID) {
     zwhost::fault::point("matrix::createArray");
-    auto* array = new zxArray_tag;
+    // Owned here until complete: storing the dimensions can run out of memory.
+    auto array = std::make_unique<zxArray_tag>();
     array->classID = classID;
     array->dims.assign(dims.begin(), dims.end());
     liveArrays.fetch_add(1, std::memory_order_relaxed);
-    return array;
+    return array.release();
 }
 
 // Data is padded with zeros to at least one 64-bit word, so that the first word of any array

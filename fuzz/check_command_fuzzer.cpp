@@ -1,0 +1,50 @@
+// Arbitrary bytes through the tool's check: a catalogue file of those bytes, or a package when
+// they begin as a zip does. The check ends with 0 or 1 and never throws; for a catalogue file its
+// verdict agrees with the library, which reads the file exactly when the check finds it good.
+
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string_view>
+
+#include "commands.hpp"
+#include "example/docparser/doc_example_parser.hpp"
+#include "fuzz_tree.hpp"
+#include "zwhost/settings.hpp"
+
+namespace {
+
+const zwfuzz::FuzzTree& tree() {
+    static const zwfuzz::FuzzTree instance;
+    return instance;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    zwhost::settings::setReadLimit(std::uint64_t{1} << 20);
+    zwhost::settings::setCurrentLocale(u"ja_JP");
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const bool package = std::string_view(reinterpret_cast<const char*>(data), size).starts_with("PK");
+    tree().reset(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json", data, size);
+
+    exampledoc::Options options;
+    options.root = tree().root().string();
+    std::ostringstream out;
+    std::ostringstream err;
+    const int status = exampledoc::checkCommand(options, out, err);
+    if (status != 0 && status != 1) {
+        __builtin_trap();
+    }
+    if (!package) {
+        const auto result = example::docparser::DocExampleParser::getDocExampleFiles(
+            *example::docparser::DocExampleParser::getExampleRoot());
+        if (result.empty() != (status == 1)) {
+            __builtin_trap();
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,25 @@
+#pragma once
+// The global operator new of the allocation test binary: it counts the bytes alive and their
+// peak, and can be told to fail the n-th allocation from now with std::bad_alloc.
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zwtest::allocation {
+
+/** Makes the `nth` allocation from now throw std::bad_alloc (1 is the next one); 0 disarms. */
+void failAt(std::uint64_t nth);
+
+/** Whether the armed failure has been thrown since the last failAt. */
+bool failed();
+
+/** Bytes allocated with operator new and not yet deleted. */
+std::size_t liveBytes();
+
+/** Restarts the peak at the bytes alive now. */
+void resetPeak();
+
+/** The most bytes alive at once since the last resetPeak. */
+std::size_t peakBytes();
+
+} // namespace zwtest::allocation

@@ -1,0 +1,88 @@
+#pragma once
+// A small documentation tree of loose files and packages, English and localised, and a check
+// that the result of a run that lost some of it is a consistent part of the whole.
+
+#include <string>
+
+#include "example/docparser/doc_example_parser.hpp"
+#include "support/catalogue_text.hpp"
+#include "support/temp_tree.hpp"
+
+namespace zwtest {
+
+/** Writes the tree under `dir`, for the current locale ja_JP: help folder "h" from a loose
+    English and a loose Japanese file, "k" from a package of both, "g" from a one-catalogue
+    Japanese package over a loose English file, and "z" from a Chinese file, never read. */
+inline void writeSmallTree(const TempDir& dir) {
+    dir.write("a/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}}));
+    dir.write("a/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}, {"c", "ja"}}));
+    dir.write("a/ex_zh_CN.json", catalogueText("z", "zh", {{"a", "zh"}}));
+    dir.writeZip("b/pkg.zip", {{"cat/k.json", catalogueText("k", "en", {{"x", "en"}, {"y", "en"}})},
+                               {"cat/k_ja_JP.json", catalogueText("k", "ja", {{"x", "ja"}})},
+                               {"cat/readme.txt", "notes"}});
+    dir.writeZip("c/g_ja_JP.zip", {{"g_ja_JP.json", catalogueText("g", "ja", {{"p", "ja"}})}});
+    dir.write("c/g.json", catalogueText("g", "en", {{"p", "en"}, {"q", "en"}}));
+}
+
+/** Every field of an item, as one line of text. */
+inline std::string describe(const example::docparser::ExampleItem& item) {
+    std::u16string text = item.getID() + u'|' + item.getTitle() + u'|' + item.getDescription() + u'|' +
+                          item.getThumbnail() + u'|' + item.getOpenCommand() + u'|' +
+                          static_cast<char16_t>(u'0' + item.getExampleType());
+    for (const auto* strings : {&item.getRelativePaths(), &item.getSupportingFiles()}) {
+        for (const std::u16string& s : *strings) {
+            text += u'|' + s;
+        }
+    }
+    for (const auto& link : item.getDocIDLinks()) {
+        text += u'|' + link.getDocID() + u'>' + link.getTarget();
+    }
+    return std::string(text.begin(), text.end());
+}
+
+/** Every item of a result, one line each, under the name of its help folder. */
+inline std::string describe(const example::docparser::ExampleCatalogues& result) {
+    std::string text;
+    for (const auto& [folder, catalogue] : result) {
+        text += std::string(folder.begin(), folder.end()) + ":\n";
+        for (const auto& [id, items] : catalogue.items) {
+            for (const auto& item : items) {
+                text += describe(item) + '\n';
+            }
+        }
+    }
+    return text;
+}
+
+/** Empty if every help folder of `part` is in `whole`, and every id there has the items `whole`
+    gives it or those `english` gives it; otherwise the first id that breaks this. */
+inline std::string inconsistency(const example::docparser::ExampleCatalogues& part,
+                                 const example::docparser::ExampleCatalogues& whole,
+                                 const example::docparser::ExampleCatalogues& english) {
+    const auto itemsOf = [](const example::docparser::ExampleCatalogues& result, const std::u16string& folder,
+                            const std::u16string& id) {
+        std::string text = "-";
+        const auto catalogue = result.find(folder);
+        if (catalogue != result.end() && catalogue->second.items.count(id) != 0) {
+            text.clear();
+            for (const auto& item : catalogue->second.items.at(id)) {
+                text += describe(item) + ";";
+            }
+        }
+        return text;
+    };
+    for (const auto& [folder, catalogue] : part) {
+        if (whole.count(folder) == 0) {
+            return "help folder " + std::string(folder.begin(), folder.end()) + " is not in the whole";
+        }
+        for (const auto& [id, items] : catalogue.items) {
+            const std::string got = itemsOf(part, folder, id);
+            if (got != itemsOf(whole, folder, id) && got != itemsOf(english, folder, id)) {
+                return "items of " + std::string(id.begin(), id.end()) + ": " + got;
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace zwtest
