@@ -44,40 +44,42 @@ private:
 };
 
 constexpr std::array<std::string_view, 64> kWords = {
-    "signal",   "filter",    "model",    "surface",  "plot",     "data",      "frequency", "response",
-    "control",  "system",    "matrix",   "vector",   "linear",   "nonlinear", "estimate",  "spectrum",
-    "image",    "noise",     "sample",   "rate",     "design",   "compute",   "analyze",   "visualize",
-    "table",    "timeseries", "gradient", "optimize", "solver",   "mesh",      "boundary",  "transform",
-    "wavelet",  "kalman",    "state",    "space",    "impulse",  "step",      "bode",      "nyquist",
-    "cluster",  "regression", "fit",     "curve",    "histogram", "scatter",  "contour",   "volume",
-    "stream",   "particle",  "thermal",  "pressure", "velocity", "motor",     "sensor",    "battery",
-    "network",  "layer",     "train",    "predict",  "classify", "segment",   "track",     "align"};
+    "signal",  "filter",     "model",    "surface",  "plot",      "data",      "frequency", "response",
+    "control", "system",     "matrix",   "vector",   "linear",    "nonlinear", "estimate",  "spectrum",
+    "image",   "noise",      "sample",   "rate",     "design",    "compute",   "analyze",   "visualize",
+    "table",   "timeseries", "gradient", "optimize", "solver",    "mesh",      "boundary",  "transform",
+    "wavelet", "kalman",     "state",    "space",    "impulse",   "step",      "bode",      "nyquist",
+    "cluster", "regression", "fit",      "curve",    "histogram", "scatter",   "contour",   "volume",
+    "stream",  "particle",   "thermal",  "pressure", "velocity",  "motor",     "sensor",    "battery",
+    "network", "layer",      "train",    "predict",  "classify",  "segment",   "track",     "align"};
 
 // Text that English documentation really holds beside plain ASCII: typographic quotes and
 // dashes, units, accented names, and now and then a character outside the basic plane.
-constexpr std::array<std::string_view, 12> kEnglishExtras = {
-    "\xE2\x80\x99s",          // ’s
-    "\xE2\x80\x93",           // –
-    "25 \xC2\xB0" "C",        // 25 °C
-    "10 \xC2\xB5s",           // 10 µs
-    "Schr\xC3\xB6" "dinger",  // Schrödinger
-    "na\xC3\xAFve",           // naïve
-    "3\xC3\x97" "3",          // 3×3
-    "50 \xCE\xA9",            // 50 Ω
-    "\xF0\x9D\x91\xA5(t)",    // 𝑥(t)
-    "\xE2\x86\x92",           // →
-    "\\\"what-if\\\"",        // an escaped quotation
-    "\xF0\x9F\x93\x88"};      // 📈
+constexpr std::array<std::string_view, 12> kEnglishExtras = {"\xE2\x80\x99s", // ’s
+                                                             "\xE2\x80\x93",  // –
+                                                             "25 \xC2\xB0"
+                                                             "C",            // 25 °C
+                                                             "10 \xC2\xB5s", // 10 µs
+                                                             "Schr\xC3\xB6"
+                                                             "dinger",       // Schrödinger
+                                                             "na\xC3\xAFve", // naïve
+                                                             "3\xC3\x97"
+                                                             "3",                   // 3×3
+                                                             "50 \xCE\xA9",         // 50 Ω
+                                                             "\xF0\x9D\x91\xA5(t)", // 𝑥(t)
+                                                             "\xE2\x86\x92",        // →
+                                                             "\\\"what-if\\\"",     // an escaped quotation
+                                                             "\xF0\x9F\x93\x88"};   // 📈
 
 constexpr std::array<std::string_view, 24> kJapanese = {
-    "信号", "フィルター", "モデル", "サーフェス", "プロット", "データ", "周波数応答", "制御系",
-    "行列", "ベクトル", "線形", "推定", "スペクトル", "画像", "ノイズ", "サンプリング",
-    "を作成します", "を表示します", "を解析します", "を可視化します", "の設計", "の例", "を使用して", "と比較します"};
+    "信号",         "フィルター",     "モデル", "サーフェス",   "プロット",     "データ",
+    "周波数応答",   "制御系",         "行列",   "ベクトル",     "線形",         "推定",
+    "スペクトル",   "画像",           "ノイズ", "サンプリング", "を作成します", "を表示します",
+    "を解析します", "を可視化します", "の設計", "の例",         "を使用して",   "と比較します"};
 
 constexpr std::array<std::string_view, 24> kChinese = {
-    "信号", "滤波器", "模型", "曲面", "绘图", "数据", "频率响应", "控制系统",
-    "矩阵", "向量", "线性", "估计", "频谱", "图像", "噪声", "采样",
-    "创建", "显示", "分析", "可视化", "设计", "示例", "使用", "比较"};
+    "信号", "滤波器", "模型", "曲面", "绘图", "数据", "频率响应", "控制系统", "矩阵", "向量", "线性", "估计",
+    "频谱", "图像",   "噪声", "采样", "创建", "显示", "分析",     "可视化",   "设计", "示例", "使用", "比较"};
 
 struct Kind {
     std::string_view text;
@@ -194,7 +196,8 @@ Entry makeEntry(const std::string& helpFolder, std::uint64_t seed, std::size_t i
     if (random.chance(50)) {
         const std::size_t count = random.between(1, 6);
         for (std::size_t i = 0; i < count; ++i) {
-            entry.supportingFiles.push_back(std::string(random.pick(kWords)) + "Data" + std::to_string(i) + ".zat");
+            entry.supportingFiles.push_back(std::string(random.pick(kWords)) + "Data" + std::to_string(i) +
+                                            ".zat");
         }
     }
     if (random.chance(75)) {
@@ -235,7 +238,8 @@ void appendStrings(std::string& out, std::string_view key, const std::vector<std
     out += "      ],\n";
 }
 
-void appendEntry(std::string& out, const Entry& entry, const std::string& title, const std::string& description) {
+void appendEntry(std::string& out, const Entry& entry, const std::string& title,
+                 const std::string& description) {
     out += "    {\n";
     appendString(out, "name", entry.name);
     appendString(out, "component", entry.component);
@@ -312,7 +316,8 @@ std::string endCatalogue(std::string out) {
 
 } // namespace
 
-CatalogueFamily makeCatalogueFamily(const std::string& helpFolder, std::uint64_t seed, std::size_t englishBytes) {
+CatalogueFamily makeCatalogueFamily(const std::string& helpFolder, std::uint64_t seed,
+                                    std::size_t englishBytes) {
     // Entries are drawn until the English text is long enough, then put in id order, as
     // catalogues usually are.
     std::vector<Entry> entries;
@@ -323,7 +328,8 @@ CatalogueFamily makeCatalogueFamily(const std::string& helpFolder, std::uint64_t
         appendEntry(text, entries.back(), entries.back().title, entries.back().description);
         bytes += text.size() + 2;
     }
-    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.id < b.id; });
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.id < b.id; });
 
     CatalogueFamily family;
     std::string english = beginCatalogue(helpFolder, "en_US");
@@ -372,7 +378,8 @@ void writeZip(const fs::path& file, const std::vector<std::pair<std::string, std
     }
     for (const auto& [name, content] : entries) {
         zip_source_t* source = zip_source_buffer(archive, content.data(), content.size(), 0);
-        const zip_int64_t index = source == nullptr ? -1 : zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
+        const zip_int64_t index =
+            source == nullptr ? -1 : zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
         if (index < 0) {
             zip_source_free(source);
             zip_discard(archive);
@@ -437,8 +444,8 @@ Tree generateTree(const fs::path& cache, unsigned scale) {
                                                     {"catalog/" + stem + other + ".json", family.chinese},
                                                     {"README.txt", "Examples of " + helpFolder + ".\n"}});
             }
-            tree.packages.push_back(
-                {folder / (stem + ".zip"), {"catalog/" + stem + ".json", "catalog/" + stem + current + ".json"}});
+            tree.packages.push_back({folder / (stem + ".zip"),
+                                     {"catalog/" + stem + ".json", "catalog/" + stem + current + ".json"}});
             break;
         case Form::PackagePerLanguage:
             if (!present) {

@@ -82,7 +82,8 @@ void BM_ParseExampleCatalogue(benchmark::State& state) {
     const std::string& text = largeCatalogue(state.range(0));
     std::size_t items = 0;
     for (auto _ : state) {
-        example::docparser::ExampleCatalogues result = example::docparser::detail::parseExampleCatalogue(text);
+        example::docparser::ExampleCatalogues result =
+            example::docparser::detail::parseExampleCatalogue(text);
         items = itemCount(result);
         discardUntimed(state, std::move(result));
     }
@@ -109,14 +110,16 @@ void BM_NlohmannRecords(benchmark::State& state) {
 
 fs::path cacheFolder() {
     const char* folder = std::getenv("ZW_BENCH_CACHE");
-    return folder != nullptr && *folder != '\0' ? fs::path(folder) : fs::temp_directory_path() / "docparser_bench";
+    return folder != nullptr && *folder != '\0' ? fs::path(folder)
+                                                : fs::temp_directory_path() / "docparser_bench";
 }
 
 const zwbench::Tree& treeOf(std::int64_t scale) {
     static std::map<std::int64_t, zwbench::Tree> trees;
     auto found = trees.find(scale);
     if (found == trees.end()) {
-        found = trees.emplace(scale, zwbench::generateTree(cacheFolder(), static_cast<unsigned>(scale))).first;
+        found =
+            trees.emplace(scale, zwbench::generateTree(cacheFolder(), static_cast<unsigned>(scale))).first;
     }
     return found->second;
 }
@@ -155,8 +158,10 @@ void forEachText(const zwbench::Tree& tree, Use use) {
                 throw std::runtime_error("no entry " + name + " in " + package.file.string());
             }
             std::string text(stat.size, '\0');
-            const std::unique_ptr<zip_file_t, EntryClose> entry(zip_fopen_index(archive.get(), stat.index, 0));
-            if (!entry || zip_fread(entry.get(), text.data(), text.size()) != static_cast<zip_int64_t>(text.size())) {
+            const std::unique_ptr<zip_file_t, EntryClose> entry(
+                zip_fopen_index(archive.get(), stat.index, 0));
+            if (!entry ||
+                zip_fread(entry.get(), text.data(), text.size()) != static_cast<zip_int64_t>(text.size())) {
                 throw std::runtime_error("cannot read " + name + " in " + package.file.string());
             }
             use(text);
@@ -201,7 +206,8 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
     std::size_t catalogues = 0;
     for (auto _ : state) {
-        example::docparser::ExampleCatalogues result = example::docparser::DocExampleParser::getDocExampleFiles(root);
+        example::docparser::ExampleCatalogues result =
+            example::docparser::DocExampleParser::getDocExampleFiles(root);
         catalogues = result.size();
         discardUntimed(state, std::move(result));
     }
@@ -214,7 +220,8 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     std::int64_t peakBytes = 0;
     {
         const zwbench::heap::Window window;
-        const example::docparser::ExampleCatalogues result = example::docparser::DocExampleParser::getDocExampleFiles(root);
+        const example::docparser::ExampleCatalogues result =
+            example::docparser::DocExampleParser::getDocExampleFiles(root);
         resultBytes = window.liveBytes();
         peakBytes = window.peakBytes();
     }

@@ -35,7 +35,8 @@ std::u16string optional(const json& object, const char* key, std::u16string (*co
     return member == object.end() || member->is_null() ? std::u16string() : convert(*member);
 }
 
-std::vector<std::u16string> strings(const json& entry, const char* key, std::u16string (*convert)(const json&)) {
+std::vector<std::u16string> strings(const json& entry, const char* key,
+                                    std::u16string (*convert)(const json&)) {
     std::vector<std::u16string> values;
     const auto member = entry.find(key);
     if (member != entry.end()) {
@@ -52,9 +53,9 @@ std::vector<std::u16string> strings(const json& entry, const char* key, std::u16
 example::docparser::ExampleCatalogues parseWithNlohmann(const std::string& text) {
     const json root = json::parse(text);
     const json& header = root.at("header");
-    reference::property::HeaderInfo info(optional(header, "product", verbatim), optional(header, "version", verbatim),
-                                         optional(header, "helpFolder", verbatim),
-                                         optional(header, "locale", verbatim));
+    reference::property::HeaderInfo info(
+        optional(header, "product", verbatim), optional(header, "version", verbatim),
+        optional(header, "helpFolder", verbatim), optional(header, "locale", verbatim));
 
     std::map<std::u16string, std::vector<ExampleItem>> items;
     auto hint = items.end();
@@ -83,9 +84,10 @@ example::docparser::ExampleCatalogues parseWithNlohmann(const std::string& text)
             }
         }
         hint = items.try_emplace(hint, std::move(id));
-        hint->second.emplace_back(std::move(name), std::move(component), std::move(title), std::move(description),
-                                  std::move(relativePaths), std::move(thumbnail), exampleType,
-                                  std::move(openCommand), std::move(supportingFiles), std::move(links));
+        hint->second.emplace_back(std::move(name), std::move(component), std::move(title),
+                                  std::move(description), std::move(relativePaths), std::move(thumbnail),
+                                  exampleType, std::move(openCommand), std::move(supportingFiles),
+                                  std::move(links));
     }
     example::docparser::ExampleCatalogues result;
     std::u16string helpFolder = info.getHelpFolder();

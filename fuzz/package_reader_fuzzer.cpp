@@ -26,7 +26,8 @@ const zwfuzz::FuzzTree& tree() {
 }
 
 void readThroughServices(const std::u16string& path) {
-    const opc::FileSystemOpsSelector selector(storage::microservicestoragesystem::GetStorageSystemReference());
+    const opc::FileSystemOpsSelector selector(
+        storage::microservicestoragesystem::GetStorageSystemReference());
     opc::zippackage::ZipPhysicalPackage physical(path, selector, true);
     opc::model::Package package(physical);
     const opc::zwservices::FileSystemManager manager(package, selector);

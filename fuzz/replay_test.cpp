@@ -24,7 +24,8 @@ TEST(ZW_FUZZ_SUITE, EveryCommittedInputRunsCleanly) {
             SCOPED_TRACE(entry.path().string());
             std::ifstream in(entry.path(), std::ios::binary);
             const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-            EXPECT_EQ(LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), 0);
+            EXPECT_EQ(
+                LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), 0);
             ++inputs;
         }
     }

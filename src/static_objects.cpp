@@ -28,17 +28,19 @@ foundation::log::basic_diagnostic_logger<char> exampleLogger{std::string("exampl
 
 const std::u16string pathSeparator = fl::filesystem::upath_constant::PATHNAME_SEPARATOR;
 
-const std::u16string kExampleRootSuffix =
-    pathSeparator + u"docCatalog" + pathSeparator + u"exampleapi";
+const std::u16string kExampleRootSuffix = pathSeparator + u"docCatalog" + pathSeparator + u"exampleapi";
 
 namespace {
 
 ExampleTypeTable makeExampleTypeTable() {
     // Handed over in numeric order; the map sorts them by key on insertion.
     static constexpr std::pair<std::string_view, ExampleType::Value> kRows[] = {
-        {"Live Script", ExampleType::Live_Script}, {"Script", ExampleType::Script},
-        {"Model", ExampleType::Model},             {"Example", ExampleType::Example},
-        {"Chart", ExampleType::Chart},             {"App", ExampleType::App},
+        {"Live Script", ExampleType::Live_Script},
+        {"Script", ExampleType::Script},
+        {"Model", ExampleType::Model},
+        {"Example", ExampleType::Example},
+        {"Chart", ExampleType::Chart},
+        {"App", ExampleType::App},
         {"Unknown", ExampleType::Unknown},
     };
     ExampleTypeTable table;

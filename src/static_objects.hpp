@@ -36,8 +36,7 @@ extern const std::u16string pathSeparator;
 /** Appended to every example root: separator, "docCatalog", separator, "exampleapi". */
 extern const std::u16string kExampleRootSuffix;
 
-using ExampleTypeTable =
-    boost::container::flat_map<std::string_view, ExampleType::Value, std::less<void>>;
+using ExampleTypeTable = boost::container::flat_map<std::string_view, ExampleType::Value, std::less<void>>;
 
 /** Catalogue form of each kind to its value, sorted by key. Read-only after load. */
 extern const ExampleTypeTable exampleTypeByName;

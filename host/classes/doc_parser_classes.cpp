@@ -66,12 +66,12 @@ std::uint32_t numberOf(const ::zcos::COSObject& object) {
 }
 
 ::zcos::COSClass::Definition docIDLinkClass() {
-    return {std::string(kDocIDLinkClass),
-            {},
-            &deleteDocIDLink,
-            {stringProperty<DocIDLink, &DocIDLink::getDocIDProperty, &DocIDLink::setDocIDProperty>("DocID"),
-             stringProperty<DocIDLink, &DocIDLink::getTargetProperty, &DocIDLink::setTargetProperty>(
-                 "Target")}};
+    return {
+        std::string(kDocIDLinkClass),
+        {},
+        &deleteDocIDLink,
+        {stringProperty<DocIDLink, &DocIDLink::getDocIDProperty, &DocIDLink::setDocIDProperty>("DocID"),
+         stringProperty<DocIDLink, &DocIDLink::getTargetProperty, &DocIDLink::setTargetProperty>("Target")}};
 }
 
 ::zcos::COSClass::Definition exampleTypeClass() {
@@ -82,17 +82,16 @@ std::uint32_t numberOf(const ::zcos::COSObject& object) {
         }
         return zwhost::zcos::makeValueObject(self, SharedZxArrayPtr(argv[0]));
     };
-    ::zcos::COSProperty name{"Name",
-                           [](const ::zcos::COSObject& object) {
-                               const std::string member =
-                                   ExampleType::enumToString(static_cast<ExampleType::Value>(numberOf(object)));
-                               return matrix::from_zentab(
-                                   matrix::createCharRow(std::u16string(member.begin(), member.end())));
-                           },
-                           {}};
-    ::zcos::COSProperty value{"Value",
-                            [](const ::zcos::COSObject& object) { return share(object.underlyingArray()); },
-                            {}};
+    ::zcos::COSProperty name{
+        "Name",
+        [](const ::zcos::COSObject& object) {
+            const std::string member =
+                ExampleType::enumToString(static_cast<ExampleType::Value>(numberOf(object)));
+            return matrix::from_zentab(matrix::createCharRow(std::u16string(member.begin(), member.end())));
+        },
+        {}};
+    ::zcos::COSProperty value{
+        "Value", [](const ::zcos::COSObject& object) { return share(object.underlyingArray()); }, {}};
     return {std::string(kExampleTypeClass), construct, nullptr, {std::move(name), std::move(value)}};
 }
 

@@ -20,8 +20,7 @@ void ExampleItem::setDocIDLinksProperty(const zxArray_tag* value) {
 
 namespace detail {
 
-const zxArray_tag* accessDocIDLinksCache(SharedZxArrayPtr& cache,
-                                         const std::vector<DocIDLink>& links,
+const zxArray_tag* accessDocIDLinksCache(SharedZxArrayPtr& cache, const std::vector<DocIDLink>& links,
                                          const DocIDLinksToArray& toArray) {
     if (!cache) {
         cache = toArray(links);
@@ -29,8 +28,7 @@ const zxArray_tag* accessDocIDLinksCache(SharedZxArrayPtr& cache,
     return cache.get();
 }
 
-void setDocIDLinksAndCache(const zxArray_tag* value, SharedZxArrayPtr& cache,
-                           std::vector<DocIDLink>& links) {
+void setDocIDLinksAndCache(const zxArray_tag* value, SharedZxArrayPtr& cache, std::vector<DocIDLink>& links) {
     const DocIDLinkArrayConverters converters{&docIDLinksToSharedArray, &docIDLinksFromArray};
     if (value == nullptr) {
         return;
@@ -54,8 +52,8 @@ matrix::zx_array_handle docIDLinksToArray(const std::vector<DocIDLink>& links, b
         omSetArrayElement(array.get(), index, object);
     }
     zcosConvertArrayToInternalInPlace(array.get(), true);
-    matrix::detail::noninlined::zx_array_api::zxSetArrayScope(
-        array.get(), forCache ? zxSCOPE_CACHED : zxSCOPE_TEMPORARY);
+    matrix::detail::noninlined::zx_array_api::zxSetArrayScope(array.get(),
+                                                              forCache ? zxSCOPE_CACHED : zxSCOPE_TEMPORARY);
     return array;
 }
 

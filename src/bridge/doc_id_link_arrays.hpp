@@ -23,14 +23,12 @@ struct DocIDLinkArrayConverters {
 };
 
 /** The array held by `cache`; an empty cache is first filled by `toArray(links)`. Borrowed. */
-const zxArray_tag* accessDocIDLinksCache(SharedZxArrayPtr& cache,
-                                         const std::vector<DocIDLink>& links,
+const zxArray_tag* accessDocIDLinksCache(SharedZxArrayPtr& cache, const std::vector<DocIDLink>& links,
                                          const DocIDLinksToArray& toArray);
 
 /** Replaces `links` with copies of the elements of `value`, then `cache` with a new array built
     from them; null changes nothing. */
-void setDocIDLinksAndCache(const zxArray_tag* value, SharedZxArrayPtr& cache,
-                           std::vector<DocIDLink>& links);
+void setDocIDLinksAndCache(const zxArray_tag* value, SharedZxArrayPtr& cache, std::vector<DocIDLink>& links);
 
 /** A new 1-by-n array of `links` for a cache. */
 SharedZxArrayPtr docIDLinksToSharedArray(const std::vector<DocIDLink>& links);

@@ -54,8 +54,7 @@ void ExampleItem::setExampleTypeProperty(const zxArray_tag* value) {
 
 namespace detail {
 
-void setExampleTypeAndCache(SharedZxArrayPtr& cache, const zxArray_tag* value,
-                            ExampleType::Value& type) {
+void setExampleTypeAndCache(SharedZxArrayPtr& cache, const zxArray_tag* value, ExampleType::Value& type) {
     if (value == nullptr) {
         return;
     }

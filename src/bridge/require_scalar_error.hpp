@@ -47,7 +47,8 @@ private:
 
 namespace example::docparser::detail {
 
-using RequireScalarError = foundation::core::except::Exception<
-    component_ZENTAB::catalog_class::key_RequireScalar, std::exception, void>;
+using RequireScalarError =
+    foundation::core::except::Exception<component_ZENTAB::catalog_class::key_RequireScalar, std::exception,
+                                        void>;
 
 } // namespace example::docparser::detail

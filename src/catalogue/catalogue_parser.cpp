@@ -78,13 +78,11 @@ ExampleCatalogues parseExampleCatalogue(const std::string& text) {
         // The order of these reads decides which failure ends the file first.
         const boost::json::object& entry = element.as_object();
         std::u16string name = ParsingTools::getFluString(entry, kKeyName, ParsingTools::Verbatim);
-        std::u16string component =
-            ParsingTools::getFluString(entry, kKeyComponent, ParsingTools::Verbatim);
+        std::u16string component = ParsingTools::getFluString(entry, kKeyComponent, ParsingTools::Verbatim);
         std::u16string title = ParsingTools::getFluString(entry, kKeyTitle, ParsingTools::Text);
         std::u16string description =
             ParsingTools::getFluStringWithFallback(entry, kKeyDescription, ParsingTools::Text);
-        std::u16string thumbnail =
-            ParsingTools::getFluString(entry, kKeyThumbnail, ParsingTools::Verbatim);
+        std::u16string thumbnail = ParsingTools::getFluString(entry, kKeyThumbnail, ParsingTools::Verbatim);
         const ExampleType::Value exampleType = getExampleType(entry);
 
         // The key always has its "/", also when a half is empty.
@@ -110,9 +108,9 @@ ExampleCatalogues parseExampleCatalogue(const std::string& text) {
 
         hint = items.try_emplace(hint, std::move(id));
         hint->second.emplace_back(std::move(name), std::move(component), std::move(title),
-                                  std::move(description), std::move(relativePaths),
-                                  std::move(thumbnail), exampleType, std::move(openCommand),
-                                  std::move(supportingFiles), std::move(docIDLinks));
+                                  std::move(description), std::move(relativePaths), std::move(thumbnail),
+                                  exampleType, std::move(openCommand), std::move(supportingFiles),
+                                  std::move(docIDLinks));
     }
 
     DocResource<ExampleItem> catalogue{std::move(header), std::move(items)};

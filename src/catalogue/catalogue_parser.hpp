@@ -17,8 +17,8 @@ namespace example::docparser::detail {
 ExampleCatalogues parseExampleCatalogue(const std::string& text);
 
 /** The strings of the array member `key` of `entry`, each treated by `type`; empty if absent. */
-std::vector<std::u16string> getStringArray(
-    const boost::json::object& entry, std::string_view key,
-    reference::docparser::DocResourceParser::ParsingTools::StringParsingType type);
+std::vector<std::u16string>
+getStringArray(const boost::json::object& entry, std::string_view key,
+               reference::docparser::DocResourceParser::ParsingTools::StringParsingType type);
 
 } // namespace example::docparser::detail

@@ -11,9 +11,8 @@ ExampleItem::ExampleItem(std::u16string name, std::u16string component, std::u16
                          std::vector<DocIDLink> docIDLinks)
     : name(std::move(name)), component(std::move(component)), title(std::move(title)),
       description(std::move(description)), relativePaths(std::move(relativePaths)),
-      thumbnail(std::move(thumbnail)), exampleType(exampleType),
-      openCommand(std::move(openCommand)), supportingFiles(std::move(supportingFiles)),
-      docIDLinks(std::move(docIDLinks)) {}
+      thumbnail(std::move(thumbnail)), exampleType(exampleType), openCommand(std::move(openCommand)),
+      supportingFiles(std::move(supportingFiles)), docIDLinks(std::move(docIDLinks)) {}
 
 const std::u16string& ExampleItem::getName() const {
     return name;

@@ -155,7 +155,8 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSet) {
         std::function<void(ExampleItem&, const zxArray_tag*)> set;
     } setters[] = {
         {"Name", nullptr, [&](ExampleItem& item, const zxArray_tag*) { item.setNameProperty(&name); }},
-        {"RelativePaths", cellRow, [](ExampleItem& item, const zxArray_tag* v) { item.setRelativePathsProperty(v); }},
+        {"RelativePaths", cellRow,
+         [](ExampleItem& item, const zxArray_tag* v) { item.setRelativePathsProperty(v); }},
         {"SupportingFiles", cellRow,
          [](ExampleItem& item, const zxArray_tag* v) { item.setSupportingFilesProperty(v); }},
         {"ExampleType", [&] { return kind(1); },
@@ -168,7 +169,10 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSet) {
              } catch (const example::docparser::detail::RequireScalarError&) {
              }
          }},
-        {"DocIDLinks", [] { return linkArray(1, 2, links({{u"x", u"9"}, {u"y", u"8"}})); },
+        {"DocIDLinks",
+         [] {
+             return linkArray(1, 2, links({{u"x", u"9"}, {u"y", u"8"}}));
+         },
          [](ExampleItem& item, const zxArray_tag* v) { item.setDocIDLinksProperty(v); }},
     };
     for (const auto& setter : setters) {

@@ -34,8 +34,8 @@ protected:
 
     static ExampleItem makeItem(ExampleType::Value kind = ExampleType::Model,
                                 std::vector<DocIDLink> docIDLinks = {}) {
-        return ExampleItem(u"name", u"component", u"title", u"description", {u"a.m", u"b.m"},
-                           u"thumb.png", kind, u"open", {u"data.mat"}, std::move(docIDLinks));
+        return ExampleItem(u"name", u"component", u"title", u"description", {u"a.m", u"b.m"}, u"thumb.png",
+                           kind, u"open", {u"data.mat"}, std::move(docIDLinks));
     }
 
     /** A new rows-by-cols object array of the host's link class holding heap copies of `source`. */

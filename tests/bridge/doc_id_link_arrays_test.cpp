@@ -101,10 +101,14 @@ TEST_F(DocIDLinkArrays, FailedBuildLeavesTheCacheEmptyAndNothingBehind) {
     const struct {
         const char* operation;
         std::uint64_t nth;
-    } cases[] = {{"makeInterned", 1},       {"omCreateZCOSMatrix", 1},
-                 {"makeInterned", 3},       {"COSClass::getClass", 3},
-                 {"omWrapData", 2},         {"omSetArrayElement", 2},
-                 {"zcosConvertArrayToInternalInPlace", 1}, {"zxSetArrayScope", 1}};
+    } cases[] = {{"makeInterned", 1},
+                 {"omCreateZCOSMatrix", 1},
+                 {"makeInterned", 3},
+                 {"COSClass::getClass", 3},
+                 {"omWrapData", 2},
+                 {"omSetArrayElement", 2},
+                 {"zcosConvertArrayToInternalInPlace", 1},
+                 {"zxSetArrayScope", 1}};
     for (const auto& c : cases) {
         const ExampleItem item = makeItem(ExampleType::Model, links({{u"a", u"1"}, {u"b", u"2"}}));
         zwhost::fault::failOn(c.operation, c.nth);

@@ -31,9 +31,10 @@ std::u16string memberName(const zxArray_tag* object) {
 }
 
 TEST_F(ExampleTypeProperty, GetterBuildsOneObjectFromTheNumber) {
-    const std::pair<std::uint32_t, const char16_t*> cases[] = {
-        {ExampleType::Live_Script, u"Live_Script"}, {ExampleType::App, u"App"},
-        {ExampleType::Unknown, u"Unknown"}, {200, u"Unknown"}};
+    const std::pair<std::uint32_t, const char16_t*> cases[] = {{ExampleType::Live_Script, u"Live_Script"},
+                                                               {ExampleType::App, u"App"},
+                                                               {ExampleType::Unknown, u"Unknown"},
+                                                               {200, u"Unknown"}};
     for (const auto& [kind, name] : cases) {
         const ExampleItem item = makeItem(static_cast<ExampleType::Value>(kind));
         zwhost::fault::reset();

@@ -76,8 +76,7 @@ TEST(RequireScalarError, ACloneSharesTheErrorInformation) {
         error << ErrorDetailInfo("shared");
         clone.reset(error.clone());
     }
-    const auto* info = boost::get_error_info<ErrorDetailInfo>(
-        dynamic_cast<const boost::exception&>(*clone));
+    const auto* info = boost::get_error_info<ErrorDetailInfo>(dynamic_cast<const boost::exception&>(*clone));
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(*info, "shared");
 }

@@ -66,9 +66,8 @@ struct VectorProperty {
 const VectorProperty kVectorProperties[] = {
     {"RelativePaths", &ExampleItem::getRelativePathsProperty, &ExampleItem::setRelativePathsProperty,
      &ExampleItem::getRelativePaths, &Caches::relativePaths},
-    {"SupportingFiles", &ExampleItem::getSupportingFilesProperty,
-     &ExampleItem::setSupportingFilesProperty, &ExampleItem::getSupportingFiles,
-     &Caches::supportingFiles},
+    {"SupportingFiles", &ExampleItem::getSupportingFilesProperty, &ExampleItem::setSupportingFilesProperty,
+     &ExampleItem::getSupportingFiles, &Caches::supportingFiles},
 };
 
 TEST_F(StringProperties, VectorIsBuiltOnceAndFollowsEverySet) {

@@ -41,10 +41,11 @@ TEST_F(CatalogueParser, EmptyItemArrayGivesOneEmptyCatalogueUnderTheHelpFolder) 
 }
 
 TEST_F(CatalogueParser, ReadsEveryFieldOfAnEntry) {
-    const auto result = parseExampleCatalogue(catalogue(entry(
-        "graphics", "plot3", R"(,"description":"  Lines \u00e9\ud83d\ude00 ","exampleType":"Live Script",)"
-        R"("openCmd":" run(1) ","relative_path":[" a/b.m "],"supporting_files":[" data.csv "],)"
-        R"("docid_links":[{"docid":"d1","target":"t1"},{"docid":"d2","target":""}],"extra":7)")));
+    const auto result = parseExampleCatalogue(catalogue(
+        entry("graphics", "plot3",
+              R"(,"description":"  Lines \u00e9\ud83d\ude00 ","exampleType":"Live Script",)"
+              R"("openCmd":" run(1) ","relative_path":[" a/b.m "],"supporting_files":[" data.csv "],)"
+              R"("docid_links":[{"docid":"d1","target":"t1"},{"docid":"d2","target":""}],"extra":7)")));
     const ExampleItem& item = only(result, u"graphics/plot3");
     EXPECT_EQ(item.getName(), u"plot3");
     EXPECT_EQ(item.getComponent(), u"graphics");
@@ -80,8 +81,11 @@ TEST_F(CatalogueParser, KindsAreExactCatalogueForms) {
     const struct {
         const char* text;
         ExampleType::Value kind;
-    } rows[] = {{"Live Script", ExampleType::Live_Script}, {"Live_Script", ExampleType::Unknown},
-                {"script", ExampleType::Unknown}, {"App", ExampleType::App}, {"", ExampleType::Unknown}};
+    } rows[] = {{"Live Script", ExampleType::Live_Script},
+                {"Live_Script", ExampleType::Unknown},
+                {"script", ExampleType::Unknown},
+                {"App", ExampleType::App},
+                {"", ExampleType::Unknown}};
     for (const auto& row : rows) {
         const auto result = parseExampleCatalogue(
             catalogue(entry("c", "n", std::string(R"(,"exampleType":")") + row.text + "\"")));
@@ -90,8 +94,8 @@ TEST_F(CatalogueParser, KindsAreExactCatalogueForms) {
 }
 
 TEST_F(CatalogueParser, EmptyOpenCommandGetsTheDefaultWithTheIdUnescaped) {
-    const auto result = parseExampleCatalogue(catalogue(
-        entry("c", "it's", R"(,"openCmd":"")") + "," + entry("", "lonely", R"(,"openCmd":"  ")")));
+    const auto result = parseExampleCatalogue(
+        catalogue(entry("c", "it's", R"(,"openCmd":"")") + "," + entry("", "lonely", R"(,"openCmd":"  ")")));
     EXPECT_EQ(only(result, u"c/it's").getOpenCommand(), u"openExample('c/it's');");
     const ExampleItem& orphan = only(result, u"/lonely");
     EXPECT_EQ(orphan.getOpenCommand(), u"openExample('/lonely');");
@@ -99,9 +103,9 @@ TEST_F(CatalogueParser, EmptyOpenCommandGetsTheDefaultWithTheIdUnescaped) {
 }
 
 TEST_F(CatalogueParser, IdsAreOrderedByCodeUnitAndDuplicatesKeepFileOrder) {
-    const auto result = parseExampleCatalogue(catalogue(
-        entry("b", "x", R"(,"openCmd":"first")") + "," + entry("a", "\u00e9") + "," + entry("a", "Z") + "," +
-        entry("b", "x", R"(,"openCmd":"second")") + "," + entry("a", "z")));
+    const auto result = parseExampleCatalogue(
+        catalogue(entry("b", "x", R"(,"openCmd":"first")") + "," + entry("a", "\u00e9") + "," +
+                  entry("a", "Z") + "," + entry("b", "x", R"(,"openCmd":"second")") + "," + entry("a", "z")));
     const auto& items = result.begin()->second.items;
     std::vector<std::u16string> ids;
     for (const auto& [id, vector] : items) {
@@ -168,12 +172,14 @@ TEST_F(CatalogueParser, OneBadEntryLosesAHundredGoodOnes) {
     for (int i = 0; i < 100; ++i) {
         items += entry("c", "n" + std::to_string(i)) + ",";
     }
-    EXPECT_EQ(parseExampleCatalogue(catalogue(items + entry("c", "last"))).begin()->second.items.size(), 101U);
+    EXPECT_EQ(parseExampleCatalogue(catalogue(items + entry("c", "last"))).begin()->second.items.size(),
+              101U);
     EXPECT_ANY_THROW(parseExampleCatalogue(catalogue(items + R"({"name":"no component"})")));
 }
 
 TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
-    const std::string text = catalogue(entry("c", "n", R"(,"relative_path":["p"],"docid_links":[{"docid":"d","target":"t"}])"));
+    const std::string text =
+        catalogue(entry("c", "n", R"(,"relative_path":["p"],"docid_links":[{"docid":"d","target":"t"}])"));
     for (const char* operation : {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray",
                                   "ParsingTools::getFluString", "ParsingTools::getFluStringWithFallback"}) {
         for (std::uint64_t nth = 1;; ++nth) {

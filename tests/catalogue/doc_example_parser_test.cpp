@@ -53,9 +53,11 @@ TEST_F(DocExampleParserTest, PackagesAreReadBeforeLooseFiles) {
     };
     for (const auto& row : rows) {
         zwtest::TempDir tree;
-        tree.writeZip(std::string("h/") + row.package + ".zip",
-                      {{std::string(row.package) + ".json", catalogueText("h", "pkg", {{"s", "pkg"}, {"p", "pkg"}})}});
-        tree.write(std::string("h/") + row.loose + ".json", catalogueText("h", "loose", {{"s", "loose"}, {"l", "loose"}}));
+        tree.writeZip(
+            std::string("h/") + row.package + ".zip",
+            {{std::string(row.package) + ".json", catalogueText("h", "pkg", {{"s", "pkg"}, {"p", "pkg"}})}});
+        tree.write(std::string("h/") + row.loose + ".json",
+                   catalogueText("h", "loose", {{"s", "loose"}, {"l", "loose"}}));
         const auto result = DocExampleParser::getDocExampleFiles(zwtest::u16(tree.path().string()));
         EXPECT_EQ(title(result, u"s") + " " + title(result, u"p") + " " + title(result, u"l"), row.expected)
             << row.package << " + " << row.loose;
@@ -156,7 +158,8 @@ TEST_F(DocExampleParserTest, FailedRootOperationsKeepTheEarlierRoot) {
     zwhost::fault::failOn("DocResourceParser::getReferenceRoots", 1);
     EXPECT_THROW(DocExampleParser::getExampleRoot(), zwhost::fault::InjectedFault);
     zwhost::settings::setDocumentationRoot(u"/docs");
-    EXPECT_EQ(*DocExampleParser::getExampleRoot(), std::u16string(u"/docs") + kSuffix) << "still unset, so retried";
+    EXPECT_EQ(*DocExampleParser::getExampleRoot(), std::u16string(u"/docs") + kSuffix)
+        << "still unset, so retried";
     DocExampleParser::setExampleRoot(u"/mine");
     zwhost::fault::failOn("DocResourceParser::getReferenceRoots", 1);
     EXPECT_THROW(DocExampleParser::restoreDefaultSettings(), zwhost::fault::InjectedFault);

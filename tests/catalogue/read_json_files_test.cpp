@@ -41,7 +41,7 @@ protected:
 TEST_F(ReadJsonFiles, PrecedenceBetweenTwoFilesOfOneHelpFolder) {
     const struct {
         bool firstLocalised, secondLocalised;
-        const char* winner;  // whose header and shared id win
+        const char* winner; // whose header and shared id win
     } rows[] = {
         {false, true, "second"},
         {true, false, "first"},
@@ -50,8 +50,10 @@ TEST_F(ReadJsonFiles, PrecedenceBetweenTwoFilesOfOneHelpFolder) {
     };
     for (const auto& row : rows) {
         const Results results = read({
-            file("a.json", row.firstLocalised, zwtest::catalogueText("h", "first", {{"shared", "first"}, {"a", "A"}})),
-            file("b.json", row.secondLocalised, zwtest::catalogueText("h", "second", {{"shared", "second"}, {"b", "B"}})),
+            file("a.json", row.firstLocalised,
+                 zwtest::catalogueText("h", "first", {{"shared", "first"}, {"a", "A"}})),
+            file("b.json", row.secondLocalised,
+                 zwtest::catalogueText("h", "second", {{"shared", "second"}, {"b", "B"}})),
         });
         const auto& entry = results.installed.at(u"h");
         EXPECT_EQ(entry.header.getLocale(), zwtest::u16(row.winner));
@@ -124,7 +126,8 @@ TEST_F(ReadJsonFiles, LocaleFlagIsAskedOutsideTheGuard) {
     zwhost::fault::failOn("ProductData::isNonEnglishLocale", 2);
     Results results;
     const Info info{parse, installed, {}, u"_ja_JP"};
-    EXPECT_THROW(DocResourceParser::ParsingTools::readJsonFiles(files, info, results), zwhost::fault::InjectedFault);
+    EXPECT_THROW(DocResourceParser::ParsingTools::readJsonFiles(files, info, results),
+                 zwhost::fault::InjectedFault);
     EXPECT_EQ(results.installed.size(), 1U);
 }
 
@@ -171,9 +174,11 @@ TEST_F(ReadJsonFiles, FailedInsertionLosesTheWholeSelectedMap) {
     MapResults results;
     // The parse of b.json makes one node; the insertion of "b" into the held map is the next.
     allocationsUntilFailure = 0;
-    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin(), files.begin() + 2), info, results);
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin(), files.begin() + 2), info,
+                                                   results);
     allocationsUntilFailure = 2;
-    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin() + 2, files.end()), info, results);
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin() + 2, files.end()), info,
+                                                   results);
     EXPECT_EQ(allocationsUntilFailure, 0);
     EXPECT_EQ(results.installed.size(), 1U) << "\"a\" went with the map; only \"c\" was placed after";
     EXPECT_EQ(results.installed.count(u"c"), 1U);

@@ -19,8 +19,10 @@ using zwtest::catalogueText;
 
 class ReadZipFiles : public zwtest::HostLeakCheck {
 protected:
-    ProductPathData package(const std::string& name, bool localised, const std::vector<zwtest::ZipEntry>& entries) {
-        return ProductPathData(zwtest::u16(name), localised, zwtest::u16(dir.writeZip(name + ".zip", entries).string()));
+    ProductPathData package(const std::string& name, bool localised,
+                            const std::vector<zwtest::ZipEntry>& entries) {
+        return ProductPathData(zwtest::u16(name), localised,
+                               zwtest::u16(dir.writeZip(name + ".zip", entries).string()));
     }
 
     ExampleCatalogues read(const std::vector<ProductPathData>& packages) {
@@ -50,32 +52,36 @@ protected:
 };
 
 TEST_F(ReadZipFiles, SeveralLeavesAreChosenByTheirStems) {
-    const auto result = read({package("p", false, {
-        {"cat/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}, {"c", "en"}})},
-        {"cat/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})},
-        {"cat/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}})},
-        {"cat/exja_JP.json", catalogueText("h", "ja-no-separator", {{"c", "nosep"}})},
-        {"cat/readme.txt", "not a catalogue"},
-        {"cat/.json", catalogueText("h", "no stem", {{"c", "nostem"}})},
-    })});
+    const auto result =
+        read({package("p", false,
+                      {
+                          {"cat/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}, {"c", "en"}})},
+                          {"cat/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})},
+                          {"cat/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}})},
+                          {"cat/exja_JP.json", catalogueText("h", "ja-no-separator", {{"c", "nosep"}})},
+                          {"cat/readme.txt", "not a catalogue"},
+                          {"cat/.json", catalogueText("h", "no stem", {{"c", "nostem"}})},
+                      })});
     EXPECT_EQ(result.at(u"h").header.getLocale(), u"ja");
     EXPECT_EQ(titles(result, {u"a", u"b", u"c"}), "ja en en");
 }
 
 TEST_F(ReadZipFiles, OneLeafTakesTheLanguageOfItsProduct) {
     // An English product keeps its one catalogue whatever the stem says.
-    auto result = read({package("english", false, {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}})});
+    auto result =
+        read({package("english", false, {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}})});
     EXPECT_EQ(titles(result, {u"a"}), "en");
     // A localised product's one catalogue must carry the current locale.
-    result = read({package("ja", true, {{"ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})}}),
-                   package("ko", true, {{"ex_ko_KR.json", catalogueText("k", "ko", {{"a", "ko"}})}}),
-                   package("en", false, {{"ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}})}})});
+    result =
+        read({package("ja", true, {{"ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})}}),
+              package("ko", true, {{"ex_ko_KR.json", catalogueText("k", "ko", {{"a", "ko"}})}}),
+              package("en", false, {{"ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}})}})});
     EXPECT_EQ(result.count(u"k"), 0U);
     EXPECT_EQ(result.at(u"h").header.getLocale(), u"ja");
     EXPECT_EQ(titles(result, {u"a", u"b"}), "ja en");
     // A second leaf that is no catalogue still makes the stem decide.
-    result = read({package("two", false, {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})},
-                                           {"notes.txt", "notes"}})});
+    result = read({package(
+        "two", false, {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})}, {"notes.txt", "notes"}})});
     EXPECT_TRUE(result.empty());
 }
 
@@ -108,8 +114,9 @@ TEST_F(ReadZipFiles, AFailureWhileOpeningOrScanningGivesUpThePackage) {
         package("a", false, {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}),
         package("b", false, {{"b.json", catalogueText("h", "en", {{"b", "B"}})}, {"x.txt", ""}}),
     };
-    for (const char* operation : {"ProductPathData::getFullPath", "ZipPhysicalPackage", "Package", "FileSystemManager",
-                                  "Package::open", "FileSystemManager::getAllLeafs", "DocResourceParser::isValidFilename"}) {
+    for (const char* operation :
+         {"ProductPathData::getFullPath", "ZipPhysicalPackage", "Package", "FileSystemManager",
+          "Package::open", "FileSystemManager::getAllLeafs", "DocResourceParser::isValidFilename"}) {
         zwhost::fault::Scope faults;
         zwhost::fault::failOn(operation, 1);
         EXPECT_EQ(titles(read(packages), {u"a", u"b"}), "- B") << operation;

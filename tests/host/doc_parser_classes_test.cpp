@@ -31,8 +31,9 @@ TEST_F(DocParserClasses, EveryItemPropertyIsReadableByName) {
     ExampleItem item = makeItem(ExampleType::App, links({{u"doc", u"page"}}));
     const matrix::zx_array_handle object = zwhost::classes::wrapExampleItem(item);
     const std::pair<const char*, std::u16string> strings[] = {
-        {"Name", u"name"},         {"Component", u"component"}, {"Title", u"title"},
-        {"Description", u"description"}, {"Thumbnail", u"thumb.png"}, {"OpenCommand", u"open"}};
+        {"Name", u"name"},           {"Component", u"component"},
+        {"Title", u"title"},         {"Description", u"description"},
+        {"Thumbnail", u"thumb.png"}, {"OpenCommand", u"open"}};
     for (const auto& [name, text] : strings) {
         EXPECT_EQ(textProperty(object.get(), name), text) << name;
     }

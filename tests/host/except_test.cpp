@@ -13,8 +13,7 @@ using zwhost::messages::MsgIDError;
 TEST(MsgIDError, TextComesFromTheCatalogueOrFallsBackToTheIdentifier) {
     const MsgIDError known({{}, "ZENTAB:utils", "RequireTextArray"});
     EXPECT_EQ(known.GetID(), "ZENTAB:utils:RequireTextArray");
-    EXPECT_STREQ(known.what(),
-                 "Value must be a character vector or a cell array of character vectors.");
+    EXPECT_STREQ(known.what(), "Value must be a character vector or a cell array of character vectors.");
     const MsgIDError unknown({{}, "ZENTAB:none", "Missing"});
     EXPECT_STREQ(unknown.what(), "ZENTAB:none:Missing");
 }

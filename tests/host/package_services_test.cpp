@@ -329,11 +329,13 @@ TEST(PackageServices, HostilePackagesAreRefusedAndAGoodOneStillReads) {
         {"parent segment in the Unicode name",
          storedZip({{.name = "a.json", .data = "{}", .extra = unicodePathField("../a.json")}}), "\"..\""},
         {"70,000 entries", manyEntries(70000), "more than 65536"},
-        {"directory shorter than its count", zipOf(localHeader({.name = "a"}), {{.name = "a"}}, 2), "truncated"},
+        {"directory shorter than its count", zipOf(localHeader({.name = "a"}), {{.name = "a"}}, 2),
+         "truncated"},
         {"data runs into the directory", storedZip({{.name = "a", .data = "x", .compressedSize = 500}}),
          "central directory"},
         {"directories of different lengths by reader",
-         twoDirectories([](std::vector<RawRecord> records) { return std::vector{records[1]}; }), "another directory"},
+         twoDirectories([](std::vector<RawRecord> records) { return std::vector{records[1]}; }),
+         "another directory"},
         {"directories of different sizes by reader", twoDirectories([](std::vector<RawRecord> records) {
              records[0].compressedSize = 50;
              return records;
@@ -341,19 +343,26 @@ TEST(PackageServices, HostilePackagesAreRefusedAndAGoodOneStillReads) {
          "differently"},
         {"encrypted entry", storedZip({{.name = "a", .data = "xyz", .flags = 1}}), "cannot open entry"},
         {"several disks", patched(storedZip({{.name = "a"}}), 18, 1, 2), "several disks"},
-        {"zip64 end record misplaced", patched(storedZip({{.name = "a"}}, true), 34, 1ULL << 40, 8), "misplaced"},
+        {"zip64 end record misplaced", patched(storedZip({{.name = "a"}}, true), 34, 1ULL << 40, 8),
+         "misplaced"},
         {"zip64 end record missing", patched(storedZip({{.name = "a"}}, true), 98, 0, 4), "missing"},
         {"short zip64 field",
          storedZip({{.name = "a", .data = "x", .extra = zip64Field({}), .compressedSize = 0xFFFFFFFF}}),
          "short zip64 field"},
-        {"overlong UTF-8 slash", storedZip({{.name = "..\xC0\xAF" "a.json", .data = "{}", .flags = 0x800}}),
+        {"overlong UTF-8 slash",
+         storedZip({{.name = "..\xC0\xAF"
+                             "a.json",
+                     .data = "{}",
+                     .flags = 0x800}}),
          "not UTF-8"},
         {"not a zip", "just some text that is long enough to look for an end record", "no end"},
         {"empty file", "", "too short"},
         {"stored entry longer than declared", storedZip({{.name = "a", .data = "xyz", .size = 2}}), ""},
         {"stored entry shorter than declared", storedZip({{.name = "a", .data = "xyz", .size = 4}}), ""},
-        {"deflated entry longer than declared", deflatedWith(dir, kSizeField, 1000), "larger than it declares"},
-        {"deflated entry shorter than declared", deflatedWith(dir, kSizeField, 100001), "smaller than it declares"},
+        {"deflated entry longer than declared", deflatedWith(dir, kSizeField, 1000),
+         "larger than it declares"},
+        {"deflated entry shorter than declared", deflatedWith(dir, kSizeField, 100001),
+         "smaller than it declares"},
         {"stored entry with a bad CRC", storedZip({{.name = "a", .data = "xyz", .crc = 1234}}), ""},
         {"deflated entry with a bad CRC", deflatedWith(dir, kCrcField, 1234), "CRC"},
         {"name not UTF-8", storedZip({{.name = "\xC3(.json", .data = "{}", .flags = 0x800}}), ""},
@@ -424,9 +433,9 @@ TEST(PackageServices, MisuseThrows) {
 TEST(PackageServices, EveryFaultPointThrowsAndTheNextCallSucceeds) {
     const zwtest::TempDir dir;
     const auto file = dir.writeZip("p.zip", {{"a.json", "{}"}});
-    for (const char* operation :
-         {"GetStorageSystemReference", "FileSystemOpsSelector", "ZipPhysicalPackage", "Package", "Package::open",
-          "FileSystemManager", "FileSystemManager::getAllLeafs", "FileSystemManager::readEntry"}) {
+    for (const char* operation : {"GetStorageSystemReference", "FileSystemOpsSelector", "ZipPhysicalPackage",
+                                  "Package", "Package::open", "FileSystemManager",
+                                  "FileSystemManager::getAllLeafs", "FileSystemManager::readEntry"}) {
         SCOPED_TRACE(operation);
         const zwhost::fault::Scope scope;
         zwhost::fault::failOn(operation, 1);

@@ -37,7 +37,8 @@ TEST(ParsingTools, WrongKindsThrowNamingTheKey) {
     EXPECT_THROW(ParsingTools::getFluString(object, "n", ParsingTools::Verbatim), CatalogueFormatError);
     EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "n", ParsingTools::Verbatim), u"");
     EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "missing", ParsingTools::Verbatim), u"");
-    EXPECT_THROW(ParsingTools::getFluStringWithFallback(object, "a", ParsingTools::Verbatim), CatalogueFormatError);
+    EXPECT_THROW(ParsingTools::getFluStringWithFallback(object, "a", ParsingTools::Verbatim),
+                 CatalogueFormatError);
     EXPECT_THROW(ParsingTools::getJsonArray(value, "s"), CatalogueFormatError);
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("s")), CatalogueFormatError);
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("a"), "k"), CatalogueFormatError);

@@ -57,8 +57,16 @@ TEST_F(PropertyUtils, AcceptsEveryListOfTextsAndStoresARow) {
     };
     const unsigned long emptyChar[] = {0, 0};
     const Case cases[] = {
-        {"column", [] { return cellsOf(3, 1, {u"x", u"y", u"z"}); }, {u"x", u"y", u"z"}},
-        {"matrix", [] { return cellsOf(2, 2, {u"a", u"b", u"c", u"d"}); }, {u"a", u"b", u"c", u"d"}},
+        {"column",
+         [] {
+             return cellsOf(3, 1, {u"x", u"y", u"z"});
+         },
+         {u"x", u"y", u"z"}},
+        {"matrix",
+         [] {
+             return cellsOf(2, 2, {u"a", u"b", u"c", u"d"});
+         },
+         {u"a", u"b", u"c", u"d"}},
         {"empty cell", [] { return cellsOf(0, 0, {}); }, {}},
         {"one row of text", [] { return matrix::from_zentab(matrix::createCharRow(u"solo")); }, {u"solo"}},
         {"empty text", [&] { return matrix::from_zentab(matrix::createCharArray(emptyChar, u"")); }, {u""}},
@@ -134,8 +142,7 @@ TEST_F(PropertyUtils, FailedBuildsLeaveStringsAndCacheAsTheyWere) {
     const Strings strings = {u"a", u"b"};
     SharedZxArrayPtr cache;
     zwhost::fault::failOn("matrix::createArray", 3);
-    EXPECT_THROW(reference::utils::accessStringVectorCache(cache, strings),
-                 zwhost::fault::InjectedFault);
+    EXPECT_THROW(reference::utils::accessStringVectorCache(cache, strings), zwhost::fault::InjectedFault);
     EXPECT_FALSE(cache);
 
     Strings stored = {u"old"};

@@ -52,8 +52,10 @@ private:
     }
 
     std::vector<std::pair<const char*, std::optional<std::string>>> saved_{
-        {"LC_ALL", get("LC_ALL")}, {"LC_MESSAGES", get("LC_MESSAGES")},
-        {"LANG", get("LANG")},     {"ZW_DOC_ROOT", get("ZW_DOC_ROOT")}};
+        {"LC_ALL", get("LC_ALL")},
+        {"LC_MESSAGES", get("LC_MESSAGES")},
+        {"LANG", get("LANG")},
+        {"ZW_DOC_ROOT", get("ZW_DOC_ROOT")}};
 };
 
 std::vector<std::u16string> products(const fs::path& root, const std::u16string& suffix = u"_ja_JP") {
@@ -64,8 +66,9 @@ std::vector<std::u16string> products(const fs::path& root, const std::u16string&
     for (const auto* list : {&all.looseProducts, &all.packageProducts}) {
         for (const ProductPathData& p : *list) {
             EXPECT_EQ(p.getFullPath().substr(0, root16.size() + 1), root16 + u'/');
-            out.push_back((list == &all.looseProducts ? u"L " : u"P ") + p.getFullPath().substr(root16.size() + 1) +
-                          u'|' + p.getStem() + (p.isNonEnglishLocale() ? u"|1" : u"|0"));
+            out.push_back((list == &all.looseProducts ? u"L " : u"P ") +
+                          p.getFullPath().substr(root16.size() + 1) + u'|' + p.getStem() +
+                          (p.isNonEnglishLocale() ? u"|1" : u"|0"));
         }
     }
     return out;
@@ -83,14 +86,10 @@ TEST_F(ReferenceService, CurrentLocaleComesFromTheFirstLocaleVariableThatIsSet) 
         std::u16string expected;
     };
     const Case cases[] = {
-        {"ja_JP.UTF-8", "ko_KR", "zh_CN", u"ja_JP"},
-        {"", "ko_KR.UTF-8", "zh_CN", u"ko_KR"},
-        {nullptr, nullptr, "de_DE@euro", u"de_DE"},
-        {nullptr, nullptr, "sr_RS.UTF-8@latin", u"sr_RS"},
-        {"POSIX", "ja_JP", "ja_JP", u"en_US"},
-        {nullptr, "C.UTF-8", "ja_JP", u"en_US"},
-        {nullptr, nullptr, "@euro", u"en_US"},
-        {nullptr, nullptr, nullptr, u"en_US"},
+        {"ja_JP.UTF-8", "ko_KR", "zh_CN", u"ja_JP"}, {"", "ko_KR.UTF-8", "zh_CN", u"ko_KR"},
+        {nullptr, nullptr, "de_DE@euro", u"de_DE"},  {nullptr, nullptr, "sr_RS.UTF-8@latin", u"sr_RS"},
+        {"POSIX", "ja_JP", "ja_JP", u"en_US"},       {nullptr, "C.UTF-8", "ja_JP", u"en_US"},
+        {nullptr, nullptr, "@euro", u"en_US"},       {nullptr, nullptr, nullptr, u"en_US"},
         {"\xff\xfe", nullptr, "zh_CN", u"zh_CN"},
     };
     for (const Case& c : cases) {
@@ -110,7 +109,8 @@ TEST_F(ReferenceService, ResetRestoresEveryDefaultAndRereadsTheDocumentationRoot
     EXPECT_EQ(*DocResourceParser::getReferenceRoots(), u"/elsewhere");
     zwhost::settings::resetToDefaults();
     EXPECT_EQ(*DocResourceParser::getReferenceRoots(), u"/srv/docs");
-    EXPECT_EQ(ParsingTools::getSupportedDocLocales(), (std::vector<std::u16string>{u"ja_JP", u"ko_KR", u"zh_CN"}));
+    EXPECT_EQ(ParsingTools::getSupportedDocLocales(),
+              (std::vector<std::u16string>{u"ja_JP", u"ko_KR", u"zh_CN"}));
     EXPECT_EQ(zwhost::settings::readLimit(), std::uint64_t{64} << 20);
     setEnv("ZW_DOC_ROOT", "");
     zwhost::settings::resetToDefaults();
@@ -176,9 +176,9 @@ TEST_F(ReferenceService, MissingRootIsEmptyAndARootThatCannotBeListedThrows) {
 
 TEST_F(ReferenceService, ValidCatalogueNamesEndInLowerCaseJsonAfterAStem) {
     const std::pair<std::u16string, bool> cases[] = {
-        {u"a.json", true},      {u"dir/a.json", true}, {u"..json", true},   {u".json", false},
-        {u"dir/.json", false},  {u"a.JSON", false},    {u"a.json/", false}, {u"a.json.txt", false},
-        {u"a.json/b", false},   {u"", false},
+        {u"a.json", true},     {u"dir/a.json", true}, {u"..json", true},   {u".json", false},
+        {u"dir/.json", false}, {u"a.JSON", false},    {u"a.json/", false}, {u"a.json.txt", false},
+        {u"a.json/b", false},  {u"", false},
     };
     for (const auto& [name, valid] : cases) {
         EXPECT_EQ(DocResourceParser::isValidFilename(fl::filesystem::upath(name)), valid)
@@ -199,10 +199,10 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
 
     const std::size_t descriptors = openDescriptors();
     const std::pair<fs::path, std::uint64_t> failures[] = {
-        {file, 3},                     // one byte past the limit
-        {tree.path() / "missing", 4},  // cannot be opened
-        {tree.path(), 4},              // a folder cannot be read
-        {"/dev/zero", 1000},           // declares no size and never ends
+        {file, 3},                    // one byte past the limit
+        {tree.path() / "missing", 4}, // cannot be opened
+        {tree.path(), 4},             // a folder cannot be read
+        {"/dev/zero", 1000},          // declares no size and never ends
     };
     for (const auto& [path, limit] : failures) {
         zwhost::settings::setReadLimit(limit);
@@ -213,8 +213,9 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
             EXPECT_NE(std::string(error.what()).find(path.native()), std::string::npos) << error.what();
         }
     }
-    EXPECT_THROW(DocResourceParser::openAndReadFile(ProductPathData(u"a", false, std::u16string(u"a\0b.json", 8))),
-                 std::runtime_error);
+    EXPECT_THROW(
+        DocResourceParser::openAndReadFile(ProductPathData(u"a", false, std::u16string(u"a\0b.json", 8))),
+        std::runtime_error);
     EXPECT_EQ(openDescriptors(), descriptors);
 }
 
@@ -224,8 +225,8 @@ TEST_F(ReferenceService, ReadsIntoOneAllocationOfTheSizeAndFilesThatDeclareNoneW
         return DocResourceParser::openAndReadFile(ProductPathData(u"a", false, u16(path.native())));
     };
     // Sizes around the buffer that finds the end of a file.
-    for (const std::size_t size : {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, std::size_t{4097},
-                                   std::size_t{100'000}}) {
+    for (const std::size_t size :
+         {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, std::size_t{4097}, std::size_t{100'000}}) {
         std::string content(size, 'x');
         content.back() = 'y';
         const std::string bytes = read(tree.write("sized.json", content));

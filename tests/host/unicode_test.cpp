@@ -56,8 +56,8 @@ Encoded ascii(std::size_t length) {
 
 // Lengths around the widths the conversion reads at once (8 and 16 bytes) and around the size
 // up to which it decodes on the stack (512 bytes).
-const std::vector<std::size_t> kLengths = {0,  1,  2,  7,  8,  9,  15, 16, 17, 23,  24,  31,
-                                           32, 33, 63, 64, 65, 510, 511, 512, 513, 1000};
+const std::vector<std::size_t> kLengths = {0,  1,  2,  7,  8,  9,  15,  16,  17,  23,  24,
+                                           31, 32, 33, 63, 64, 65, 510, 511, 512, 513, 1000};
 
 const std::vector<std::uint32_t> kBoundaryCodes = {0x80,   0x7FF,  0x800,   0xD7FF,  0xE000,
                                                    0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF};

@@ -85,11 +85,9 @@ TEST_F(Zcos, InterningGivesOneAddressPerText) {
 }
 
 TEST_F(Zcos, UnknownAndDuplicateClassesAreRefused) {
-    EXPECT_THROW(zcos::COSClass::getClass(zcos::internal::makeInterned("test.zcos.None")),
-                 std::out_of_range);
+    EXPECT_THROW(zcos::COSClass::getClass(zcos::internal::makeInterned("test.zcos.None")), std::out_of_range);
     EXPECT_THROW(zcos::COSClass::getClass(&zcos::internal::nullValue), std::out_of_range);
-    EXPECT_THROW(zwhost::zcos::registerClass({"test.zcos.Handle", {}, nullptr, {}}),
-                 std::invalid_argument);
+    EXPECT_THROW(zwhost::zcos::registerClass({"test.zcos.Handle", {}, nullptr, {}}), std::invalid_argument);
 }
 
 TEST_F(Zcos, WrappedDataIsDeletedWithTheLastReference) {
@@ -198,15 +196,14 @@ TEST_F(Zcos, EveryOperationCanBeMadeToFailWithoutLeaking) {
         {"omGetArrayElement", [&] { omGetArrayElement(array.get(), 0); }},
         {"omConstructObjectWithClient",
          [&] {
-             matrix::from_zentab(omConstructObjectWithClient(valueClass().getName(), 1, argv,
-                                                             COSGetPublicClient()));
+             matrix::from_zentab(
+                 omConstructObjectWithClient(valueClass().getName(), 1, argv, COSGetPublicClient()));
          }},
         {"COSGetPublicClient", [] { COSGetPublicClient(); }},
         {"omGetUnderlyingArray", [&] { omGetUnderlyingArray(number.get()); }},
         {"omGetNumberOfElementsInUnderlyingArray",
          [&] { omGetNumberOfElementsInUnderlyingArray(array.get()); }},
-        {"zcosConvertArrayToInternalInPlace",
-         [&] { zcosConvertArrayToInternalInPlace(array.get(), true); }},
+        {"zcosConvertArrayToInternalInPlace", [&] { zcosConvertArrayToInternalInPlace(array.get(), true); }},
     };
     for (const Case& c : cases) {
         zwhost::fault::failOn(c.operation, 1);

@@ -22,8 +22,8 @@ TEST_F(ZxArray, ReleaseRuleDestroysOnlyTheLastUnheldReference) {
         bool destroyed;
         std::uint32_t countAfter;
     };
-    const Case cases[] = {{0, 0, true, 0}, {1, 0, true, 0}, {2, 0, false, 1}, {1, 1, false, 0},
-                          {3, 2, false, 2}};
+    const Case cases[] = {
+        {0, 0, true, 0}, {1, 0, true, 0}, {2, 0, false, 1}, {1, 1, false, 0}, {3, 2, false, 2}};
     for (const Case& c : cases) {
         zxArray_tag* array = matrix::createCharRow(u"x");
         const std::int64_t before = zwhost::arrays::liveCount();
@@ -52,20 +52,20 @@ TEST_F(ZxArray, NumericArraysOfAnyClassShapeAndComplexity) {
         zxComplexity complexity;
         std::size_t elementBytes;
     };
-    const Case cases[] = {{zxDOUBLE_CLASS, zxREAL, 8},  {zxUINT32_CLASS, zxREAL, 4},
-                          {zxINT16_CLASS, zxCOMPLEX, 2}, {zxUINT8_CLASS, zxCOMPLEX, 1},
+    const Case cases[] = {{zxDOUBLE_CLASS, zxREAL, 8},
+                          {zxUINT32_CLASS, zxREAL, 4},
+                          {zxINT16_CLASS, zxCOMPLEX, 2},
+                          {zxUINT8_CLASS, zxCOMPLEX, 1},
                           {zxINT64_CLASS, zxREAL, 8}};
     const unsigned long dims[] = {2, 3, 4};
     for (const Case& c : cases) {
-        matrix::zx_array_handle array(
-            matrix::detail::do_create_uninitnumeric(dims, c.classID, c.complexity));
+        matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, c.classID, c.complexity));
         EXPECT_EQ(zxGetNumberOfElements(array.get()), 24u);
         EXPECT_EQ(array->elementBytes, c.elementBytes);
         EXPECT_EQ(array->imagData != nullptr, c.complexity == zxCOMPLEX);
         std::memset(array->realData, 0xff, 24 * c.elementBytes);
     }
-    EXPECT_THROW(matrix::detail::do_create_uninitnumeric(dims, zxCELL_CLASS, zxREAL),
-                 std::invalid_argument);
+    EXPECT_THROW(matrix::detail::do_create_uninitnumeric(dims, zxCELL_CLASS, zxREAL), std::invalid_argument);
 }
 
 TEST_F(ZxArray, CharacterArraysKeepTheirTextInAnyShape) {

@@ -15,15 +15,14 @@ using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
 using Caches = example::docparser::detail::ExampleItemCaches;
 
-ExampleItem makeItem(std::u16string component, std::u16string name, ExampleType::Value kind = ExampleType::Model,
-                     std::size_t links = 2) {
+ExampleItem makeItem(std::u16string component, std::u16string name,
+                     ExampleType::Value kind = ExampleType::Model, std::size_t links = 2) {
     std::vector<DocIDLink> docIDLinks;
     for (std::size_t i = 0; i < links; ++i) {
         docIDLinks.emplace_back(u"doc" + std::u16string(1, char16_t(u'0' + i)), u"target");
     }
-    return ExampleItem(std::move(name), std::move(component), u"Title", u"Description",
-                       {u"a/b.m", u"c.slx"}, u"thumb.png", kind, u"open()", {u"data.mat"},
-                       std::move(docIDLinks));
+    return ExampleItem(std::move(name), std::move(component), u"Title", u"Description", {u"a/b.m", u"c.slx"},
+                       u"thumb.png", kind, u"open()", {u"data.mat"}, std::move(docIDLinks));
 }
 
 // Fills the four caches with arrays of their own and gives back the pointers.

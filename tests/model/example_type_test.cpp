@@ -15,9 +15,12 @@ TEST(ExampleType, EachCatalogueFormYieldsItsValue) {
         std::string_view text;
         ExampleType::Value value;
     } rows[] = {
-        {"Live Script", ExampleType::Live_Script}, {"Script", ExampleType::Script},
-        {"Model", ExampleType::Model},             {"Example", ExampleType::Example},
-        {"Chart", ExampleType::Chart},             {"App", ExampleType::App},
+        {"Live Script", ExampleType::Live_Script},
+        {"Script", ExampleType::Script},
+        {"Model", ExampleType::Model},
+        {"Example", ExampleType::Example},
+        {"Chart", ExampleType::Chart},
+        {"App", ExampleType::App},
         {"Unknown", ExampleType::Unknown},
     };
     for (const auto& row : rows) {
@@ -27,9 +30,23 @@ TEST(ExampleType, EachCatalogueFormYieldsItsValue) {
 
 TEST(ExampleType, OnlyExactWholeMatchesAreKinds) {
     const std::string_view misses[] = {
-        "Live_Script", "live script", "SCRIPT", "script", "mODEL", " App", "App ", "Ap",
-        "Apps", "Scripts", "Live", "", "Zzz", "\xff", "Chart\t",
-        std::string_view("App\0", 4), std::string_view("Model\0x", 7),
+        "Live_Script",
+        "live script",
+        "SCRIPT",
+        "script",
+        "mODEL",
+        " App",
+        "App ",
+        "Ap",
+        "Apps",
+        "Scripts",
+        "Live",
+        "",
+        "Zzz",
+        "\xff",
+        "Chart\t",
+        std::string_view("App\0", 4),
+        std::string_view("Model\0x", 7),
     };
     for (std::string_view text : misses) {
         EXPECT_EQ(ExampleType::stringToEnum(text), ExampleType::Unknown) << '"' << text << '"';

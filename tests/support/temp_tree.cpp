@@ -43,7 +43,8 @@ TempDir::~TempDir() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-std::filesystem::path TempDir::write(const std::filesystem::path& relative, const std::string& content) const {
+std::filesystem::path TempDir::write(const std::filesystem::path& relative,
+                                     const std::string& content) const {
     const std::filesystem::path file = path_ / relative;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream out(file, std::ios::binary);

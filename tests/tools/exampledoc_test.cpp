@@ -5,11 +5,11 @@
 
 #include "commands.hpp"
 #include "example/docparser/doc_example_parser.hpp"
+#include "matrix/matrix.hpp"
 #include "support/catalogue_text.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/zcos.hpp"
-#include "matrix/matrix.hpp"
 
 namespace {
 
@@ -26,7 +26,7 @@ protected:
     }
 
     static Outcome run(int (*command)(const exampledoc::Options&, std::ostream&, std::ostream&),
-                   const std::vector<std::string>& args, bool allowJson = true) {
+                       const std::vector<std::string>& args, bool allowJson = true) {
         std::ostringstream out;
         std::ostringstream err;
         const int status = command(exampledoc::parseOptions(args, allowJson), out, err);
@@ -39,9 +39,10 @@ protected:
 TEST_F(Exampledoc, ListShowsTheSampleTreeInTheChosenLocale) {
     const Outcome ja = run(exampledoc::listCommand, {"--root", sampleRoot, "--locale", "ja_JP"});
     EXPECT_EQ(ja.status, 0);
-    for (const char* expected : {"graphics  (Zentab 24.2, ja_JP", "signal  (Zentab 24.2, ja_JP", "control  (",
-                                 "stats  (Zentab 24.2, en_US", "ピーク関数のサーフェスプロット", "Live_Script",
-                                 "> openExample('graphics/BarChartDashboard');", "> signalLabeler"}) {
+    for (const char* expected :
+         {"graphics  (Zentab 24.2, ja_JP", "signal  (Zentab 24.2, ja_JP", "control  (",
+          "stats  (Zentab 24.2, en_US", "ピーク関数のサーフェスプロット", "Live_Script",
+          "> openExample('graphics/BarChartDashboard');", "> signalLabeler"}) {
         EXPECT_NE(ja.out.find(expected), std::string::npos) << expected << "\n" << ja.out;
     }
     const Outcome zh = run(exampledoc::listCommand, {"--root", sampleRoot, "--locale", "zh_CN"});
@@ -59,8 +60,9 @@ TEST_F(Exampledoc, JsonHoldsEveryFieldOfEveryItem) {
     const auto& items = graphics.at("items").as_array();
     ASSERT_EQ(items.size(), 5U);
     const auto& first = items[0].as_object();
-    for (const char* key : {"id", "name", "component", "title", "description", "relativePaths", "thumbnail",
-                            "exampleType", "exampleTypeValue", "openCommand", "supportingFiles", "docIDLinks"}) {
+    for (const char* key :
+         {"id", "name", "component", "title", "description", "relativePaths", "thumbnail", "exampleType",
+          "exampleTypeValue", "openCommand", "supportingFiles", "docIDLinks"}) {
         EXPECT_TRUE(first.contains(key)) << key;
     }
     EXPECT_EQ(first.at("id"), "graphics/AnimateAStreamline");
@@ -73,8 +75,10 @@ TEST_F(Exampledoc, CheckNamesWhatWouldBeSkippedAndWhy) {
     dir.write("docCatalog/exampleapi/a/syntax.json", "{\n  \"header\": {},\n  \"exampleItems\": [,]\n}");
     dir.write("docCatalog/exampleapi/a/format.json", R"({"header":{},"exampleItems":[{"name":"n"}]})");
     dir.write("docCatalog/exampleapi/b/broken.zip", "not a zip at all");
-    dir.writeZip("docCatalog/exampleapi/b/pkg.zip", {{"p.json", zwtest::catalogueText("b", "en", {})}, {"q.json", "[1,"}});
-    const Outcome check = run(exampledoc::checkCommand, {"--root", dir.path().string(), "--locale", "en_US"}, false);
+    dir.writeZip("docCatalog/exampleapi/b/pkg.zip",
+                 {{"p.json", zwtest::catalogueText("b", "en", {})}, {"q.json", "[1,"}});
+    const Outcome check =
+        run(exampledoc::checkCommand, {"--root", dir.path().string(), "--locale", "en_US"}, false);
     EXPECT_EQ(check.status, 1);
     for (const char* expected : {"ok    a/good.json: help folder \"a\", 1 example",
                                  "SKIP  a/syntax.json: invalid JSON at line 3, column 20",
@@ -89,7 +93,8 @@ TEST_F(Exampledoc, CheckNamesWhatWouldBeSkippedAndWhy) {
 
 TEST_F(Exampledoc, CheckPassesOnTheSampleTree) {
     for (const char* locale : {"en_US", "ja_JP", "zh_CN", "ko_KR"}) {
-        const Outcome check = run(exampledoc::checkCommand, {"--root", sampleRoot, "--locale", locale}, false);
+        const Outcome check =
+            run(exampledoc::checkCommand, {"--root", sampleRoot, "--locale", locale}, false);
         EXPECT_EQ(check.status, 0) << check.out;
     }
 }
@@ -97,18 +102,26 @@ TEST_F(Exampledoc, CheckPassesOnTheSampleTree) {
 TEST_F(Exampledoc, ShowReadsEveryPropertyThroughTheHostClasses) {
     const auto arrays = zwhost::arrays::liveCount();
     const auto objects = zwhost::zcos::liveObjectCount();
-    const Outcome shown = run(exampledoc::showCommand, {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "zh_CN"}, false);
+    const Outcome shown =
+        run(exampledoc::showCommand,
+            {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "zh_CN"}, false);
     EXPECT_EQ(shown.status, 0);
-    for (const char* expected : {"(locale zh_CN)", "  Name: \"SurfacePlotOfPeaks\"", "  Title: \"Peaks 函数的曲面图\"",
-                                 "  RelativePaths: 1-by-1 cell\n      - \"graphics/surface/SurfacePlotOfPeaks.zlx\"",
-                                 "  ExampleType: Live_Script (0)", "  SupportingFiles: 1-by-1 cell",
-                                 "  DocIDLinks: 1-by-0 DocIDLink (empty)"}) {
+    for (const char* expected :
+         {"(locale zh_CN)", "  Name: \"SurfacePlotOfPeaks\"", "  Title: \"Peaks 函数的曲面图\"",
+          "  RelativePaths: 1-by-1 cell\n      - \"graphics/surface/SurfacePlotOfPeaks.zlx\"",
+          "  ExampleType: Live_Script (0)", "  SupportingFiles: 1-by-1 cell",
+          "  DocIDLinks: 1-by-0 DocIDLink (empty)"}) {
         EXPECT_NE(shown.out.find(expected), std::string::npos) << expected << "\n" << shown.out;
     }
-    const Outcome links = run(exampledoc::showCommand, {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "en_US"}, false);
-    EXPECT_NE(links.out.find("  DocIDLinks: 1-by-2 DocIDLink\n      - DocID \"graphics/ref/surf\", Target \"surf\""),
-              std::string::npos) << links.out;
-    EXPECT_EQ(run(exampledoc::showCommand, {"graphics/NoSuchExample", "--root", sampleRoot}, false).status, 1);
+    const Outcome links =
+        run(exampledoc::showCommand,
+            {"graphics/SurfacePlotOfPeaks", "--root", sampleRoot, "--locale", "en_US"}, false);
+    EXPECT_NE(links.out.find(
+                  "  DocIDLinks: 1-by-2 DocIDLink\n      - DocID \"graphics/ref/surf\", Target \"surf\""),
+              std::string::npos)
+        << links.out;
+    EXPECT_EQ(run(exampledoc::showCommand, {"graphics/NoSuchExample", "--root", sampleRoot}, false).status,
+              1);
     EXPECT_THROW(run(exampledoc::showCommand, {"--root", sampleRoot}, false), exampledoc::UsageError);
     EXPECT_EQ(zwhost::arrays::liveCount(), arrays);
     EXPECT_EQ(zwhost::zcos::liveObjectCount(), objects);

@@ -30,7 +30,8 @@ std::string jsonSyntaxError(const std::string& text) {
     const std::size_t offset = std::min(consumed, text.size());
     const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
     const std::size_t lineStart = text.rfind('\n', offset == 0 ? 0 : offset - 1);
-    const std::size_t column = lineStart == std::string::npos || offset == 0 ? offset + 1 : offset - lineStart;
+    const std::size_t column =
+        lineStart == std::string::npos || offset == 0 ? offset + 1 : offset - lineStart;
     return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + error.message();
 }
 
@@ -79,9 +80,9 @@ public:
     }
 
     int summary() const {
-        out_ << '\n' << good_ << " catalogue" << (good_ == 1 ? "" : "s") << " read, " << skipped_
-             << " file" << (skipped_ == 1 ? "" : "s") << " or package" << (skipped_ == 1 ? "" : "s")
-             << " skipped\n";
+        out_ << '\n'
+             << good_ << " catalogue" << (good_ == 1 ? "" : "s") << " read, " << skipped_ << " file"
+             << (skipped_ == 1 ? "" : "s") << " or package" << (skipped_ == 1 ? "" : "s") << " skipped\n";
         return skipped_ == 0 ? 0 : 1;
     }
 

@@ -84,7 +84,8 @@ int main(int argc, char** argv) {
     try {
         const exampledoc::Options options = exampledoc::parseOptions(args, chosen->json);
         if (options.help) {
-            std::cout << chosen->help << "options:\n" << kCommonOptions
+            std::cout << chosen->help << "options:\n"
+                      << kCommonOptions
                       << (chosen->json ? "  --json           print JSON for scripts\n" : "");
             return 0;
         }
@@ -97,7 +98,8 @@ int main(int argc, char** argv) {
                   << " --help')\n";
         return 2;
     } catch (const std::exception& error) {
-        std::cerr << "exampledoc " << command << ": cannot read the documentation root: " << error.what() << '\n';
+        std::cerr << "exampledoc " << command << ": cannot read the documentation root: " << error.what()
+                  << '\n';
         return 2;
     }
 }

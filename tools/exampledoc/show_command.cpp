@@ -14,8 +14,8 @@ using zwhost::unicode::utf16ToUtf8;
 
 // The properties of the host's item class, in the order they are shown.
 constexpr std::string_view kItemProperties[] = {
-    "Name", "Component", "Title", "Description", "RelativePaths", "Thumbnail",
-    "ExampleType", "OpenCommand", "SupportingFiles", "DocIDLinks",
+    "Name",      "Component",   "Title",       "Description",     "RelativePaths",
+    "Thumbnail", "ExampleType", "OpenCommand", "SupportingFiles", "DocIDLinks",
 };
 
 std::string quoted(const zxArray_tag* text) {

@@ -46,9 +46,9 @@ zcos::COSInterfacePtr omGetArrayElement(const zxArray_tag* array, unsigned long 
 
 /** A new 1-by-1 object array, with one reference, holding an object of the class named
     `className` built by the class's constructor from `argc` arguments. The caller keeps `argv`. */
-zxArray_tag* omConstructObjectWithClient(
-    const zcos::COSInternedBase<zcos::internal::IdEmptyPolicy>& className, int argc,
-    const zxArray_tag** argv, const zcos::COSClient* client);
+zxArray_tag*
+omConstructObjectWithClient(const zcos::COSInternedBase<zcos::internal::IdEmptyPolicy>& className, int argc,
+                            const zxArray_tag** argv, const zcos::COSClient* client);
 
 /** The array under `array`: for a one-element array of a value object, the object's array; for
     an array with data of its own (numeric, logical, character), `array` itself. Borrowed.

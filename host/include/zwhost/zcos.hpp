@@ -27,8 +27,7 @@ matrix::zx_array_handle makeObjectArray(const ::zcos::COSInterfacePtr& object);
 
 /** The property `name` of element `index` of the object array `objects`, with one reference
     for the caller. @throw std::out_of_range for an unknown property or index. */
-matrix::zx_array_handle getProperty(const zxArray_tag* objects, std::size_t index,
-                                    std::string_view name);
+matrix::zx_array_handle getProperty(const zxArray_tag* objects, std::size_t index, std::string_view name);
 
 /** Sets the property `name` of element `index` of `objects` to `value`; the caller keeps
     `value`. @throw std::out_of_range for an unknown property or index. */

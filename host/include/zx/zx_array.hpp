@@ -79,8 +79,8 @@ void intrusive_ptr_add_ref(const zxObject* object);
 void intrusive_ptr_release(const zxObject* object);
 
 struct zxArray_tag {
-    std::uint32_t refCount = 1;  // first word
-    std::uint32_t holdWord = 0;  // second word: holds of the host's workspace
+    std::uint32_t refCount = 1; // first word
+    std::uint32_t holdWord = 0; // second word: holds of the host's workspace
     zxClassID classID = zxUNKNOWN_CLASS;
     zxComplexity complexity = zxREAL;
     zxVariableScope scope = zxSCOPE_UNSET;

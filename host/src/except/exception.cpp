@@ -61,8 +61,7 @@ std::uint64_t errorIdCalls() {
     return errorIdCallCount.load(std::memory_order_relaxed);
 }
 
-MsgIDError::MsgIDError(resource_core::BaseMsgID id)
-    : msgID_(std::move(id)), errorID_(get_error_id(msgID_)) {}
+MsgIDError::MsgIDError(resource_core::BaseMsgID id) : msgID_(std::move(id)), errorID_(get_error_id(msgID_)) {}
 
 const boost::exception_detail::clone_base* MsgIDError::clone() const {
     return new MsgIDError(*this);

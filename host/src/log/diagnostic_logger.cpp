@@ -24,8 +24,7 @@ Registry& registry() {
 namespace foundation::log {
 
 template <class Char>
-basic_diagnostic_logger<Char>::basic_diagnostic_logger(const std::basic_string<Char>& name)
-    : name_(name) {
+basic_diagnostic_logger<Char>::basic_diagnostic_logger(const std::basic_string<Char>& name) : name_(name) {
     Registry& r = registry();
     std::lock_guard lock(r.mutex);
     r.alive.emplace_back(name_.begin(), name_.end());

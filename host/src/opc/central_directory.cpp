@@ -150,7 +150,8 @@ void vetName(const RawFile& file, std::uint64_t index, std::string_view name) {
 
 /** Applies the extra fields of a central record: 64-bit sizes and offset, and the Unicode name,
     which libzip may use instead of the plain one and so is vetted too. */
-void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view extra, DirectoryRecord& record) {
+void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view extra,
+                      DirectoryRecord& record) {
     // A field that overruns the extra data ends the walk; libzip refuses such a record at open.
     for (std::size_t at = 0; at + 4 <= extra.size();) {
         const std::uint64_t id = le(extra, at, 2);

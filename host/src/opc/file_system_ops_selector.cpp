@@ -6,7 +6,8 @@
 
 namespace opc {
 
-FileSystemOpsSelector::FileSystemOpsSelector(const foundation::storage::vfs::StorageSystemReference& reference) {
+FileSystemOpsSelector::FileSystemOpsSelector(
+    const foundation::storage::vfs::StorageSystemReference& reference) {
     zwhost::fault::point("FileSystemOpsSelector");
     if (!reference.system()) {
         throw std::invalid_argument("the storage reference holds no storage system");

@@ -122,8 +122,7 @@ std::u16string ParsingTools::getFluString(const boost::json::value& value, Strin
 }
 
 std::u16string ParsingTools::getFluStringWithFallback(const boost::json::object& object,
-                                                      const std::string& key,
-                                                      StringParsingType type) {
+                                                      const std::string& key, StringParsingType type) {
     zwhost::fault::point("ParsingTools::getFluStringWithFallback");
     const boost::json::value* member = object.if_contains(key);
     if (member == nullptr || member->is_null()) {

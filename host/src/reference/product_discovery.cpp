@@ -53,7 +53,8 @@ using Listing = std::vector<std::pair<std::string, fs::directory_entry>>;
 Listing listSorted(const fs::path& folder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), &::closedir);
     if (!dir) {
-        throw fs::filesystem_error("cannot list the folder", folder, std::error_code(errno, std::generic_category()));
+        throw fs::filesystem_error("cannot list the folder", folder,
+                                   std::error_code(errno, std::generic_category()));
     }
     Listing entries;
     for (errno = 0; const dirent* found = ::readdir(dir.get()); errno = 0) {
@@ -65,10 +66,10 @@ Listing listSorted(const fs::path& folder) {
         }
     }
     if (errno != 0) {
-        throw fs::filesystem_error("cannot list the folder", folder, std::error_code(errno, std::generic_category()));
+        throw fs::filesystem_error("cannot list the folder", folder,
+                                   std::error_code(errno, std::generic_category()));
     }
-    std::sort(entries.begin(), entries.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     return entries;
 }
 
@@ -116,9 +117,8 @@ private:
 
     void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
         std::u16string stem = fl::filesystem::detail::extract_stem(name);
-        const bool localised = std::any_of(locales_.begin(), locales_.end(), [&](const auto& locale) {
-            return endsWith(stem, locale);
-        });
+        const bool localised = std::any_of(locales_.begin(), locales_.end(),
+                                           [&](const auto& locale) { return endsWith(stem, locale); });
         // A localised catalogue of another locale than the current one is not read at all.
         if (localised && !endsWith(stem, localeSuffix_)) {
             return;

@@ -71,7 +71,9 @@ std::u16string defaultCurrentLocale() {
 }
 
 Values defaults() {
-    return Values{defaultDocumentationRoot(), defaultCurrentLocale(), {u"ja_JP", u"ko_KR", u"zh_CN"},
+    return Values{defaultDocumentationRoot(),
+                  defaultCurrentLocale(),
+                  {u"ja_JP", u"ko_KR", u"zh_CN"},
                   kDefaultReadLimit};
 }
 

@@ -45,7 +45,8 @@ bool isAscii(const unsigned char* src, std::size_t size) {
 std::size_t utf16Length(const unsigned char* src, std::size_t size) {
     std::size_t units = 0;
     for (std::size_t i = 0; i < size; ++i) {
-        units += static_cast<std::size_t>(!isContinuation(src[i])) + static_cast<std::size_t>(src[i] >= 0xF0U);
+        units +=
+            static_cast<std::size_t>(!isContinuation(src[i])) + static_cast<std::size_t>(src[i] >= 0xF0U);
     }
     return units;
 }

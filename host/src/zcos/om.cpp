@@ -41,8 +41,7 @@ const zcos::COSClient* COSGetPublicClient() {
 
 zcos::COSInterfacePtr omWrapData(void* data, zcos::COSClass* cls) {
     // The data is ours from here on: whatever fails below deletes it.
-    std::unique_ptr<void, WrappedDataDeleter> owned(data,
-                                                    WrappedDataDeleter{cls->definition().deleteData});
+    std::unique_ptr<void, WrappedDataDeleter> owned(data, WrappedDataDeleter{cls->definition().deleteData});
     zwhost::fault::point("omWrapData");
     auto* object = new zcos::COSObject(*cls, owned.get(), nullptr);
     owned.release();
@@ -58,8 +57,7 @@ zxArray_tag* omCreateZCOSMatrix(unsigned long rows, unsigned long cols,
 
 void omSetArrayElement(zxArray_tag* array, unsigned long index, const zcos::COSInterfacePtr& object) {
     zwhost::fault::point("omSetArrayElement");
-    if (array->classID != zxOBJECT_CLASS || !object ||
-        &object.get()->getClass() != array->objectClass) {
+    if (array->classID != zxOBJECT_CLASS || !object || &object.get()->getClass() != array->objectClass) {
         throw std::invalid_argument("omSetArrayElement: object of another class");
     }
     array->objects.at(index) = object.get();
@@ -70,9 +68,9 @@ zcos::COSInterfacePtr omGetArrayElement(const zxArray_tag* array, unsigned long 
     return zcos::COSInterfacePtr(&objectAt(array, index));
 }
 
-zxArray_tag* omConstructObjectWithClient(
-    const zcos::COSInternedBase<zcos::internal::IdEmptyPolicy>& className, int argc,
-    const zxArray_tag** argv, const zcos::COSClient* client) {
+zxArray_tag*
+omConstructObjectWithClient(const zcos::COSInternedBase<zcos::internal::IdEmptyPolicy>& className, int argc,
+                            const zxArray_tag** argv, const zcos::COSClient* client) {
     zwhost::fault::point("omConstructObjectWithClient");
     if (client == nullptr) {
         throw std::invalid_argument("omConstructObjectWithClient: no client");
@@ -134,8 +132,7 @@ matrix::zx_array_handle makeObjectArray(const ::zcos::COSInterfacePtr& object) {
     return array;
 }
 
-matrix::zx_array_handle getProperty(const zxArray_tag* objects, std::size_t index,
-                                    std::string_view name) {
+matrix::zx_array_handle getProperty(const zxArray_tag* objects, std::size_t index, std::string_view name) {
     const ::zcos::COSObject& object = objectAt(objects, index);
     const auto& property = object.getClass().property(name);
     if (!property.get) {

@@ -62,8 +62,7 @@ void intrusive_ptr_release(const zxArray_tag* array) {
 }
 
 std::uint64_t zxGetNumberOfElements(const zxArray_tag* array) {
-    return std::accumulate(array->dims.begin(), array->dims.end(), std::uint64_t{1},
-                           std::multiplies<>());
+    return std::accumulate(array->dims.begin(), array->dims.end(), std::uint64_t{1}, std::multiplies<>());
 }
 
 namespace matrix {

@@ -13,16 +13,15 @@ namespace example::docparser {
 
 namespace detail {
 struct ExampleItemCaches;
-}
+} // namespace detail
 
 class ExampleItem {
 public:
     /** An item of the ten fields, moved in; all caches start empty. */
     ExampleItem(std::u16string name, std::u16string component, std::u16string title,
                 std::u16string description, std::vector<std::u16string> relativePaths,
-                std::u16string thumbnail, const ExampleType::Value& exampleType,
-                std::u16string openCommand, std::vector<std::u16string> supportingFiles,
-                std::vector<DocIDLink> docIDLinks);
+                std::u16string thumbnail, const ExampleType::Value& exampleType, std::u16string openCommand,
+                std::vector<std::u16string> supportingFiles, std::vector<DocIDLink> docIDLinks);
 
     // Moving carries the caches along and leaves the source's caches empty.
     ExampleItem(ExampleItem&&) noexcept = default;

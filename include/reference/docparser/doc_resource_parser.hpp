@@ -25,8 +25,7 @@ public:
 
     /** The loose catalogue files and the packages under `root`, in reading order.
         Files of locales other than `localeSuffix` names are left out. */
-    static AllProducts getAllProducts(const std::u16string& root,
-                                      const std::vector<std::u16string>& locales,
+    static AllProducts getAllProducts(const std::u16string& root, const std::vector<std::u16string>& locales,
                                       const std::u16string& localeSuffix);
 
     /** The whole loose file as bytes; throws if it cannot be read or exceeds the read limit. */
@@ -82,9 +81,10 @@ public:
 
         /** Reads every product under `root` and merges the catalogues into one result. */
         template <class T>
-        static ParsingResults<T> parseMultipleProductFiles(
-            const std::u16string& root, const typename ParsingInfo<T>::JsonParsingFcn& jsonParsingFcn,
-            const typename ParsingInfo<T>::IsInstalledFcn& isInstalledFcn);
+        static ParsingResults<T>
+        parseMultipleProductFiles(const std::u16string& root,
+                                  const typename ParsingInfo<T>::JsonParsingFcn& jsonParsingFcn,
+                                  const typename ParsingInfo<T>::IsInstalledFcn& isInstalledFcn);
 
         /** Reads the catalogue files `products` in order and merges them into `results`. */
         template <class T, class P>

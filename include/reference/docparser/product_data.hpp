@@ -44,8 +44,8 @@ public:
     ProductZipData(std::u16string stem, const bool& nonEnglishLocale,
                    const opc::zwservices::FileSystemEntry& entry,
                    opc::zwservices::FileSystemManager& fileSystemManager)
-        : ProductData(std::move(stem), nonEnglishLocale), entry(entry),
-          fileSystemManager(fileSystemManager) {}
+        : ProductData(std::move(stem), nonEnglishLocale), entry(entry), fileSystemManager(fileSystemManager) {
+    }
 
     const opc::zwservices::FileSystemEntry& getEntry() const { return entry; }
     opc::zwservices::FileSystemManager& getFileSystemManager() const { return fileSystemManager; }

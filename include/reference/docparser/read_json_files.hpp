@@ -13,8 +13,7 @@ namespace reference::docparser {
 // English file only fills gaps.
 template <class T, class P>
 void DocResourceParser::ParsingTools::readJsonFiles(const std::vector<P>& products,
-                                                    const ParsingInfo<T>& info,
-                                                    ParsingResults<T>& results) {
+                                                    const ParsingInfo<T>& info, ParsingResults<T>& results) {
     for (const P& product : products) {
         // Asked before the guard: a failure here ends the whole call, not just this file.
         const bool localised = product.isNonEnglishLocale();

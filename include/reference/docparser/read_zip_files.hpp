@@ -19,17 +19,18 @@ namespace detail {
 /** The leaves of an open package that are catalogues to read: a valid file name, and English
     or of the current locale. A package of one leaf is of the language `package` says; in a
     package of several, each leaf's stem tells its locale. */
-inline std::vector<ProductZipData> selectCatalogueLeaves(
-    const std::vector<opc::zwservices::FileSystemEntry>& leaves, const ProductPathData& package,
-    const std::vector<std::u16string>& docLocales, const std::u16string& localeSuffix,
-    opc::zwservices::FileSystemManager& manager) {
+inline std::vector<ProductZipData>
+selectCatalogueLeaves(const std::vector<opc::zwservices::FileSystemEntry>& leaves,
+                      const ProductPathData& package, const std::vector<std::u16string>& docLocales,
+                      const std::u16string& localeSuffix, opc::zwservices::FileSystemManager& manager) {
     std::vector<ProductZipData> records;
     records.reserve(leaves.size());
     for (const opc::zwservices::FileSystemEntry& leaf : leaves) {
         const std::u16string baseName = leaf.getBaseName();
         const fl::filesystem::upath name =
-            baseName.empty() ? fl::filesystem::upath()
-                             : fl::filesystem::upath(fl::filesystem::detail::make_native_form(baseName, true));
+            baseName.empty()
+                ? fl::filesystem::upath()
+                : fl::filesystem::upath(fl::filesystem::detail::make_native_form(baseName, true));
         if (!DocResourceParser::isValidFilename(name)) {
             continue;
         }
@@ -54,8 +55,9 @@ inline std::vector<ProductZipData> selectCatalogueLeaves(
 } // namespace detail
 
 template <class T>
-DocResourceParser::ParsingResults<T> DocResourceParser::ParsingTools::readZipFiles(
-    const std::vector<ProductPathData>& products, const ParsingInfo<T>& info) {
+DocResourceParser::ParsingResults<T>
+DocResourceParser::ParsingTools::readZipFiles(const std::vector<ProductPathData>& products,
+                                              const ParsingInfo<T>& info) {
     // One selector serves every package of the call; the storage reference is dropped once it
     // is built. A failure here is a failure of the set-up and leaves the whole parse.
     const opc::FileSystemOpsSelector selector = [] {

@@ -11,8 +11,8 @@ public:
     HeaderInfo() = default;
     HeaderInfo(std::u16string product, std::u16string version, std::u16string helpFolder,
                std::u16string locale)
-        : product_(std::move(product)), version_(std::move(version)),
-          helpFolder_(std::move(helpFolder)), locale_(std::move(locale)) {}
+        : product_(std::move(product)), version_(std::move(version)), helpFolder_(std::move(helpFolder)),
+          locale_(std::move(locale)) {}
 
     /** The product the catalogue documents ("product" of the header; empty if absent). */
     const std::u16string& getProduct() const { return product_; }
