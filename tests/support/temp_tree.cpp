@@ -7,6 +7,8 @@
 #include <unistd.h>
 #include <zip.h>
 
+#include "zwhost/unicode.hpp"
+
 namespace zwtest {
 
 void writeZip(const std::filesystem::path& file, const std::vector<ZipEntry>& entries) {
@@ -63,34 +65,7 @@ std::filesystem::path TempDir::writeZip(const std::filesystem::path& relative,
 }
 
 std::u16string u16(const std::string& text) {
-    std::u16string out;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        std::uint32_t code = lead;
-        std::size_t length = 1;
-        if (lead >= 0xF0) {
-            code = lead & 0x07U;
-            length = 4;
-        } else if (lead >= 0xE0) {
-            code = lead & 0x0FU;
-            length = 3;
-        } else if (lead >= 0xC0) {
-            code = lead & 0x1FU;
-            length = 2;
-        }
-        for (std::size_t k = 1; k < length && i + k < text.size(); ++k) {
-            code = (code << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3FU);
-        }
-        if (code >= 0x10000) {
-            code -= 0x10000;
-            out += static_cast<char16_t>(0xD800 + (code >> 10));
-            out += static_cast<char16_t>(0xDC00 + (code & 0x3FFU));
-        } else {
-            out += static_cast<char16_t>(code);
-        }
-        i += length;
-    }
-    return out;
+    return zwhost::unicode::utf8ToUtf16(text);
 }
 
 } // namespace zwtest

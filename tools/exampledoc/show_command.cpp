@@ -18,6 +18,12 @@ constexpr std::string_view kItemProperties[] = {
     "Thumbnail", "ExampleType", "OpenCommand", "SupportingFiles", "DocIDLinks",
 };
 
+// "rows-by-columns" of an array.
+std::string shape(const zxArray_tag* value) {
+    return std::to_string(value->dims.at(0)) + "-by-" +
+           std::to_string(value->dims.size() > 1 ? value->dims[1] : 1);
+}
+
 std::string quoted(const zxArray_tag* text) {
     return '"' + utf16ToUtf8(matrix::getCharText(text)) + '"';
 }
@@ -31,8 +37,7 @@ void printValue(std::ostream& out, const zxArray_tag* value) {
         return;
     }
     if (value->classID == zxCELL_CLASS) {
-        out << value->dims.at(0) << "-by-" << (value->dims.size() > 1 ? value->dims[1] : 1) << " cell"
-            << (count == 0 ? " (empty)\n" : "\n");
+        out << shape(value) << " cell" << (count == 0 ? " (empty)\n" : "\n");
         for (const auto& text : matrix::getTextList(value)) {
             out << "      - \"" << utf16ToUtf8(text) << "\"\n";
         }
@@ -46,8 +51,8 @@ void printValue(std::ostream& out, const zxArray_tag* value) {
             << *reinterpret_cast<const std::uint32_t*>(number->realData) << ")\n";
         return;
     }
-    out << value->dims.at(0) << "-by-" << (value->dims.size() > 1 ? value->dims[1] : 1) << ' '
-        << className.substr(className.rfind('.') + 1) << (count == 0 ? " (empty)\n" : "\n");
+    out << shape(value) << ' ' << className.substr(className.rfind('.') + 1)
+        << (count == 0 ? " (empty)\n" : "\n");
     for (std::uint64_t i = 0; i < count; ++i) {
         const auto docID = zwhost::zcos::getProperty(value, i, "DocID");
         const auto target = zwhost::zcos::getProperty(value, i, "Target");

@@ -16,6 +16,9 @@ struct MalformedText : std::runtime_error {
     Throws MalformedText on a malformed or overlong sequence or an encoded surrogate. */
 std::u16string utf8ToUtf16(std::string_view text);
 
+/** Like utf8ToUtf16, but each byte that starts no valid sequence becomes U+FFFD. */
+std::u16string utf8ToUtf16Replacing(std::string_view text);
+
 /** What utf16ToUtf8 does with a surrogate that has no partner. */
 enum class Unpaired { Replace, Refuse };
 

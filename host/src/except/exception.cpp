@@ -2,9 +2,9 @@
 
 #include <atomic>
 
-#include "utf.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/messages.hpp"
+#include "zwhost/unicode.hpp"
 
 namespace {
 
@@ -32,11 +32,11 @@ const char* IException::what() const noexcept {
 }
 
 std::string IUserException::convert_str(const std::u16string& text) const {
-    return zwhost::except::detail::toUtf8(text);
+    return zwhost::unicode::utf16ToUtf8(text);
 }
 
 std::u16string IUserException::convert_str(const std::string& text) const {
-    return zwhost::except::detail::toUtf16(text);
+    return zwhost::unicode::utf8ToUtf16Replacing(text);
 }
 
 std::u16string IUserException::ToUstringImpl() const {

@@ -138,6 +138,51 @@ std::u16string utf8ToUtf16(std::string_view text) {
     return out;
 }
 
+std::u16string utf8ToUtf16Replacing(std::string_view text) {
+    try {
+        return utf8ToUtf16(text);
+    } catch (const MalformedText&) {
+    }
+    // Malformed text is rare: it takes a slower pass that replaces byte by byte.
+    std::u16string out;
+    out.reserve(text.size());
+    std::size_t i = 0;
+    while (i < text.size()) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        const std::size_t length = lead < 0x80    ? 1
+                                   : lead >= 0xF0 ? 4
+                                   : lead >= 0xE0 ? 3
+                                   : lead >= 0xC0 ? 2
+                                                  : 0;
+        char32_t c = length == 1   ? lead
+                     : length == 2 ? (lead & 0x1F)
+                     : length == 3 ? (lead & 0x0F)
+                                   : (lead & 0x07);
+        bool valid = length != 0 && i + length <= text.size() && lead < 0xF5;
+        for (std::size_t k = 1; valid && k < length; ++k) {
+            const auto next = static_cast<unsigned char>(text[i + k]);
+            valid = (next & 0xC0) == 0x80;
+            c = (c << 6) | (next & 0x3F);
+        }
+        constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (valid && (c < kSmallest[length] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000))) {
+            valid = false;
+        }
+        if (!valid) {
+            c = 0xFFFD;
+        }
+        if (c >= 0x10000) {
+            c -= 0x10000;
+            out += static_cast<char16_t>(0xD800 + (c >> 10));
+            out += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+        } else {
+            out += static_cast<char16_t>(c);
+        }
+        i += valid ? length : 1;
+    }
+    return out;
+}
+
 std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired) {
     std::string out;
     out.reserve(text.size());
