@@ -3,12 +3,15 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 #include <boost/json/monotonic_resource.hpp>
@@ -89,6 +92,49 @@ void BM_ParseExampleCatalogue(benchmark::State& state) {
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
     state.counters["items"] = static_cast<double>(items);
+    labelLanguage(state);
+}
+
+/** Calls `use` with the text of every string value that `value` holds at any depth, in document
+    order, leaving out the kind of each entry, which the records keep as a number. */
+template <class Use>
+void forEachRecordString(const boost::json::value& value, Use&& use) {
+    if (value.is_string()) {
+        use(std::string_view(value.get_string().data(), value.get_string().size()));
+    } else if (value.is_array()) {
+        for (const boost::json::value& element : value.get_array()) {
+            forEachRecordString(element, use);
+        }
+    } else if (value.is_object()) {
+        for (const boost::json::key_value_pair& member : value.get_object()) {
+            if (member.key() != "exampleType") {
+                forEachRecordString(member.value(), use);
+            }
+        }
+    }
+}
+
+/** The least that any reader of the catalogue must do on top of the parse: one owned UTF-16
+    string for each string that the records keep, made from its UTF-8 text, with no look-ups,
+    no trimming, no map and no records. The id and the default commands are left out. */
+void BM_OwnedStringsFloor(benchmark::State& state) {
+    const std::string& text = largeCatalogue(state.range(0));
+    const boost::json::value root = boost::json::parse(text);
+    std::vector<std::string_view> strings;
+    forEachRecordString(root.at("exampleItems"), [&](std::string_view string) { strings.push_back(string); });
+    for (auto _ : state) {
+        std::vector<std::u16string> owned;
+        owned.reserve(strings.size());
+        for (const std::string_view string : strings) {
+            owned.push_back(zwhost::unicode::utf8ToUtf16(string));
+        }
+        state.PauseTiming();
+        owned = {};
+        std::free(std::malloc(std::size_t{1} << 16));
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    state.counters["strings"] = static_cast<double>(strings.size());
     labelLanguage(state);
 }
 
@@ -200,6 +246,29 @@ void BM_TreeFloor(benchmark::State& state) {
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
 }
 
+/** The floor plus the owned strings of BM_OwnedStringsFloor for every catalogue of the tree: the
+    least that a reader giving these records can cost. */
+void BM_TreeFloorWithStrings(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    for (auto _ : state) {
+        std::deque<std::u16string> owned;
+        forEachText(tree, [&](const std::string& text) {
+            boost::json::monotonic_resource memory(1024);
+            const boost::json::value root = boost::json::parse(text, &memory);
+            forEachRecordString(root.at("exampleItems"), [&](std::string_view string) {
+                owned.push_back(zwhost::unicode::utf8ToUtf16(string));
+            });
+        });
+        state.PauseTiming();
+        owned = {};
+        std::free(std::malloc(std::size_t{1} << 16));
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+}
+
 void BM_GetDocExampleFiles(benchmark::State& state) {
     const zwbench::Tree& tree = treeOf(state.range(0));
     const TreeSize size = sizeOf(tree);
@@ -232,8 +301,10 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
 
 BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OwnedStringsFloor)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TreeFloor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_TreeFloorWithStrings)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_GetDocExampleFiles)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace

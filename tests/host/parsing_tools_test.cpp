@@ -1,3 +1,5 @@
+#include <string>
+
 #include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
 
@@ -43,6 +45,24 @@ TEST(ParsingTools, WrongKindsThrowNamingTheKey) {
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("s")), CatalogueFormatError);
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("a"), "k"), CatalogueFormatError);
     EXPECT_TRUE(ParsingTools::getJsonArray(value, "a").empty());
+}
+
+TEST(ParsingTools, MembersAreFoundByExactNameInSmallAndLargeObjects) {
+    // Small objects are scanned and large ones searched by hash: both must find the same.
+    for (const int members : {3, 32, 33, 100}) {
+        boost::json::object object;
+        for (int i = 0; i < members; ++i) {
+            object["k" + std::to_string(i)] = "v" + std::to_string(i);
+        }
+        object["title"] = "t";
+        SCOPED_TRACE(members);
+        EXPECT_EQ(ParsingTools::getFluString(object, "k2", ParsingTools::Verbatim), u"v2");
+        EXPECT_EQ(ParsingTools::getFluString(object, "title", ParsingTools::Text), u"t");
+        EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "titl", ParsingTools::Text), u"");
+        EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "k", ParsingTools::Text), u"");
+        EXPECT_THROW(ParsingTools::getFluString(object, "K2", ParsingTools::Verbatim), CatalogueFormatError);
+        EXPECT_THROW(ParsingTools::getFluString(object, "", ParsingTools::Verbatim), CatalogueFormatError);
+    }
 }
 
 TEST(ParsingTools, HeaderMembersAreOptionalStrings) {

@@ -13,9 +13,6 @@
 namespace opc::zwservices {
 namespace {
 
-// Entries are read this many bytes at a time, through a buffer on the stack.
-constexpr std::size_t kReadChunk = 16 * 1024;
-
 struct FileClose {
     void operator()(zip_file_t* file) const { zip_fclose(file); }
 };
@@ -27,6 +24,10 @@ std::u16string entryNameToUtf16(std::string_view name) {
     } catch (const zwhost::unicode::MalformedText&) {
         throw PackageError("entry name is not UTF-8: " + std::string(name));
     }
+}
+
+PackageError readFailure(const FileSystemEntry::Info& info, zip_file_t* file) {
+    return PackageError("cannot read entry " + std::to_string(info.index) + ": " + zip_file_strerror(file));
 }
 
 zip_t* openArchive(const model::Package& package) {
@@ -81,30 +82,32 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
     if (!file) {
         throw PackageError("cannot open entry " + std::to_string(info.index) + ": " + zip_strerror(archive));
     }
-    std::string content;
-    content.reserve(std::min(info.size, limit));
-    // Bytes are kept only while they fit both the limit and the declared size, so a deflate bomb
-    // costs no more memory than an honest entry. libzip checks the CRC on reaching the end of the
-    // data and fails that read when it differs.
-    char chunk[kReadChunk];
-    for (;;) {
-        const zip_int64_t got = zip_fread(file.get(), chunk, sizeof chunk);
+    // The text is inflated straight into a string of the declared size, held to the limit, so a
+    // deflate bomb costs no more memory than an honest entry. One more read must then find the
+    // end of the data: libzip checks the CRC on reaching it and fails that read when it differs.
+    std::string content(std::min(info.size, limit), '\0');
+    std::size_t filled = 0;
+    while (filled < content.size()) {
+        const zip_int64_t got = zip_fread(file.get(), content.data() + filled, content.size() - filled);
         if (got < 0) {
-            throw PackageError("cannot read entry " + std::to_string(info.index) + ": " +
-                               zip_file_strerror(file.get()));
+            throw readFailure(info, file.get());
         }
         if (got == 0) {
             break;
         }
-        const auto count = static_cast<std::uint64_t>(got);
-        if (count > limit - content.size()) {
-            throw PackageError("entry " + std::to_string(info.index) + " is larger than the read limit of " +
-                               std::to_string(limit) + " bytes");
-        }
-        if (count > info.size - content.size()) {
-            throw PackageError("entry " + std::to_string(info.index) + " is larger than it declares");
-        }
-        content.append(chunk, count);
+        filled += static_cast<std::size_t>(got);
+    }
+    content.resize(filled);
+    char beyond = 0;
+    const zip_int64_t extra = zip_fread(file.get(), &beyond, 1);
+    if (extra < 0) {
+        throw readFailure(info, file.get());
+    }
+    if (extra > 0) {
+        throw PackageError(info.size > limit
+                               ? "entry " + std::to_string(info.index) +
+                                     " is larger than the read limit of " + std::to_string(limit) + " bytes"
+                               : "entry " + std::to_string(info.index) + " is larger than it declares");
     }
     if (content.size() != info.size) {
         throw PackageError("entry " + std::to_string(info.index) + " is smaller than it declares");
