@@ -186,3 +186,44 @@ TEST_F(ReadJsonFiles, FailedInsertionLosesTheWholeSelectedMap) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(MergeMissing, MovesTheNodesOfAbsentKeysAcrossWhateverTheGapsBetweenKeys) {
+    // Keys close together and far apart, before, between and after the held ones, so that the
+    // walk both steps and searches; each result is checked against the standard merge.
+    const std::vector<std::vector<int>> heldKeys = {
+        {}, {5}, {0, 2, 4, 6, 8}, {10, 20, 30, 40, 50, 60, 70, 80, 90}};
+    const std::vector<std::vector<int>> newKeys = {
+        {}, {5}, {1, 3, 5, 7, 9}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 99}, {-5, 15, 55, 56, 57, 91, 92, 1000}};
+    for (const auto& heldSet : heldKeys) {
+        for (const auto& newSet : newKeys) {
+            std::map<int, std::string> held;
+            std::map<int, std::string> arriving;
+            for (const int key : heldSet) {
+                held.emplace(key, "held");
+            }
+            for (const int key : newSet) {
+                arriving.emplace(key, "new");
+            }
+            auto expectedHeld = held;
+            auto expectedLeft = arriving;
+            expectedHeld.merge(expectedLeft);
+
+            std::map<int, const std::string*> addresses;
+            for (const auto& [key, value] : arriving) {
+                addresses.emplace(key, &value);
+            }
+            reference::docparser::detail::mergeMissing(held, arriving);
+            EXPECT_EQ(held, expectedHeld);
+            EXPECT_EQ(arriving, expectedLeft);
+            for (const auto& [key, value] : held) {
+                if (value == "new") {
+                    EXPECT_EQ(&value, addresses.at(key)) << "node of " << key << " was copied";
+                }
+            }
+        }
+    }
+}
+
+} // namespace

@@ -8,6 +8,36 @@
 
 namespace reference::docparser {
 
+namespace detail {
+
+/** Moves the nodes of `from` whose keys `into` lacks across, uncopied; the others stay behind.
+    Both maps are walked in key order, so each key is found a few steps on from the last one,
+    and a full search from the root is made only when the next key lies further on. */
+template <class Map>
+void mergeMissing(Map& into, Map& from) {
+    constexpr int kSteps = 4;
+    auto held = into.begin();
+    for (auto next = from.begin(); next != from.end();) {
+        const auto& key = next->first;
+        int steps = 0;
+        while (held != into.end() && into.key_comp()(held->first, key)) {
+            if (++steps > kSteps) {
+                held = into.lower_bound(key);
+                break;
+            }
+            ++held;
+        }
+        if (held != into.end() && !into.key_comp()(key, held->first)) {
+            ++next;
+            continue;
+        }
+        auto node = from.extract(next++);
+        into.insert(held, std::move(node));
+    }
+}
+
+} // namespace detail
+
 // Per file: read, parse, then place each entry of the parsed map under its key. A localised
 // file takes over an entry that is already held and lets the held one fill its gaps; an
 // English file only fills gaps.
@@ -36,7 +66,7 @@ void DocResourceParser::ParsingTools::readJsonFiles(const std::vector<P>& produc
                         std::swap(held->second, value);
                     }
                     // Nodes of ids the held entry lacks move across; shared ids stay behind.
-                    held->second.items.merge(value.items);
+                    detail::mergeMissing(held->second.items, value.items);
                 }
                 selected.swap(local);
             }
