@@ -6,6 +6,7 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -16,6 +17,7 @@
 #include <benchmark/benchmark.h>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
+#include <malloc.h>
 #include <zip.h>
 
 #include "allocation_counter.hpp"
@@ -60,9 +62,10 @@ std::size_t itemCount(const example::docparser::ExampleCatalogues& catalogues) {
 
 /** Destroys `result` with the clock stopped: the caller keeps the records, so freeing them is
     no part of reading them. */
-void discardUntimed(benchmark::State& state, example::docparser::ExampleCatalogues result) {
+template <class Result>
+void discardUntimed(benchmark::State& state, Result result) {
     state.PauseTiming();
-    { const example::docparser::ExampleCatalogues gone = std::move(result); }
+    { const Result gone = std::move(result); }
     // glibc merges the many small blocks just freed on its next large request; one is made here,
     // so that the merging is charged to the freeing and not to the next parse.
     std::free(std::malloc(std::size_t{1} << 16));
@@ -128,10 +131,7 @@ void BM_OwnedStringsFloor(benchmark::State& state) {
         for (const std::string_view string : strings) {
             owned.push_back(zwhost::unicode::utf8ToUtf16(string));
         }
-        state.PauseTiming();
-        owned = {};
-        std::free(std::malloc(std::size_t{1} << 16));
-        state.ResumeTiming();
+        discardUntimed(state, std::move(owned));
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
     state.counters["strings"] = static_cast<double>(strings.size());
@@ -260,10 +260,7 @@ void BM_TreeFloorWithStrings(benchmark::State& state) {
                 owned.push_back(zwhost::unicode::utf8ToUtf16(string));
             });
         });
-        state.PauseTiming();
-        owned = {};
-        std::free(std::malloc(std::size_t{1} << 16));
-        state.ResumeTiming();
+        discardUntimed(state, std::move(owned));
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
@@ -310,6 +307,11 @@ BENCHMARK(BM_GetDocExampleFiles)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMilli
 } // namespace
 
 int main(int argc, char** argv) {
+    // Memory freed between runs stays with the process, so that no run pays the kernel for pages
+    // that an earlier run gave back and another did not; which one that is depends on glibc's
+    // sliding thresholds and the order of the runs, and it moved timings by up to 40 %.
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
     // The trees hold English, Japanese and Chinese catalogues; Japanese is read, Chinese left out.
     zwhost::settings::setSupportedDocLocales({u"ja_JP", u"ko_KR", u"zh_CN"});
     zwhost::settings::setCurrentLocale(zwhost::unicode::utf8ToUtf16(zwbench::kCurrentLocale));
