@@ -30,6 +30,11 @@ PackageError readFailure(const FileSystemEntry::Info& info, zip_file_t* file) {
     return PackageError("cannot read entry " + std::to_string(info.index) + ": " + zip_file_strerror(file));
 }
 
+/** The error for an entry whose data disagrees with what it or the reader allows. */
+PackageError badSize(const FileSystemEntry::Info& info, const std::string& what) {
+    return PackageError("entry " + std::to_string(info.index) + " is " + what);
+}
+
 zip_t* openArchive(const model::Package& package) {
     const auto* zip = dynamic_cast<const zippackage::ZipPhysicalPackage*>(&package.physical());
     if (zip == nullptr || !zip->isOpen()) {
@@ -104,13 +109,12 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
         throw readFailure(info, file.get());
     }
     if (extra > 0) {
-        throw PackageError(info.size > limit
-                               ? "entry " + std::to_string(info.index) +
-                                     " is larger than the read limit of " + std::to_string(limit) + " bytes"
-                               : "entry " + std::to_string(info.index) + " is larger than it declares");
+        throw badSize(info, info.size > limit
+                                ? "larger than the read limit of " + std::to_string(limit) + " bytes"
+                                : "larger than it declares");
     }
     if (content.size() != info.size) {
-        throw PackageError("entry " + std::to_string(info.index) + " is smaller than it declares");
+        throw badSize(info, "smaller than it declares");
     }
     return content;
 }
