@@ -60,11 +60,13 @@ std::size_t itemCount(const example::docparser::ExampleCatalogues& catalogues) {
     return count;
 }
 
-/** Destroys `result` with the clock stopped: the caller keeps the records, so freeing them is
-    no part of reading them. */
-template <class Result>
-void discardUntimed(benchmark::State& state, Result result) {
+/** Destroys `result` with the clock stopped, after handing it to `inspect`: the caller keeps the
+    records, so counting or freeing them is no part of reading them. */
+template <class Result, class Inspect = void (*)(const Result&)>
+void discardUntimed(
+    benchmark::State& state, Result result, Inspect inspect = [](const Result&) {}) {
     state.PauseTiming();
+    inspect(result);
     { const Result gone = std::move(result); }
     // glibc merges the many small blocks just freed on its next large request; one is made here,
     // so that the merging is charged to the freeing and not to the next parse.
@@ -90,8 +92,7 @@ void BM_ParseExampleCatalogue(benchmark::State& state) {
     for (auto _ : state) {
         example::docparser::ExampleCatalogues result =
             example::docparser::detail::parseExampleCatalogue(text);
-        items = itemCount(result);
-        discardUntimed(state, std::move(result));
+        discardUntimed(state, std::move(result), [&](const auto& held) { items = itemCount(held); });
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
     state.counters["items"] = static_cast<double>(items);
@@ -143,8 +144,7 @@ void BM_NlohmannRecords(benchmark::State& state) {
     std::size_t items = 0;
     for (auto _ : state) {
         example::docparser::ExampleCatalogues result = zwbench::parseWithNlohmann(text);
-        items = itemCount(result);
-        discardUntimed(state, std::move(result));
+        discardUntimed(state, std::move(result), [&](const auto& held) { items = itemCount(held); });
     }
     if (items != itemCount(example::docparser::detail::parseExampleCatalogue(text))) {
         state.SkipWithError("the peer and the library read different records");
@@ -274,8 +274,7 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     for (auto _ : state) {
         example::docparser::ExampleCatalogues result =
             example::docparser::DocExampleParser::getDocExampleFiles(root);
-        catalogues = result.size();
-        discardUntimed(state, std::move(result));
+        discardUntimed(state, std::move(result), [&](const auto& held) { catalogues = held.size(); });
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
