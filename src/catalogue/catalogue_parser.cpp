@@ -7,6 +7,7 @@
 #include <boost/json/parse.hpp>
 
 #include "static_objects.hpp"
+#include "zwhost/json_members.hpp"
 
 namespace example::docparser::detail {
 namespace {
@@ -23,11 +24,11 @@ constexpr std::uintptr_t kCacheLineBytes = 64;
 
 std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
     std::vector<DocIDLink> links;
-    const auto member = entry.find(kKeyDocidLinks);
-    if (member == entry.end()) {
+    const boost::json::value* const member = zwhost::json::findMember(entry, kKeyDocidLinks);
+    if (member == nullptr) {
         return links;
     }
-    const boost::json::array& linkArray = ParsingTools::getJsonArray(member->value());
+    const boost::json::array& linkArray = ParsingTools::getJsonArray(*member);
     links.reserve(linkArray.size());
     for (const boost::json::value& element : linkArray) {
         const boost::json::object& link = element.as_object();
@@ -40,9 +41,9 @@ std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
 
 ExampleType::Value getExampleType(const boost::json::object& entry) {
     ExampleType::Value exampleType = ExampleType::getDefaultValue();
-    const auto member = entry.find(kKeyExampleType);
-    if (member != entry.end()) {
-        const boost::json::string& text = member->value().as_string();
+    const boost::json::value* const member = zwhost::json::findMember(entry, kKeyExampleType);
+    if (member != nullptr) {
+        const boost::json::string& text = member->as_string();
         // An unreadable kind never costs the entry: it keeps the default.
         try {
             exampleType = ExampleType::stringToEnum(std::string_view(text.data(), text.size()));

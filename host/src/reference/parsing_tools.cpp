@@ -4,6 +4,7 @@
 
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "zwhost/fault.hpp"
+#include "zwhost/json_members.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace reference::docparser {
@@ -33,34 +34,7 @@ std::string memberName(std::string_view key) {
     return name;
 }
 
-// Entries hold a dozen members or so; up to this many, a scan that compares lengths first
-// beats the library's search, which is out of line. Larger objects keep their hashed search.
-constexpr std::size_t kScannedMembers = 32;
-
-bool sameName(boost::json::string_view name, std::string_view key) {
-    if (name.size() != key.size()) {
-        return false;
-    }
-    // Member names are short: a loop in line is cheaper than a call to compare them.
-    for (std::size_t i = 0; i < key.size(); ++i) {
-        if (name[i] != key[i]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-const boost::json::value* memberOf(const boost::json::object& object, std::string_view key) {
-    if (object.size() > kScannedMembers) {
-        return object.if_contains(key);
-    }
-    for (const boost::json::key_value_pair& member : object) {
-        if (sameName(member.key(), key)) {
-            return &member.value();
-        }
-    }
-    return nullptr;
-}
+using zwhost::json::findMember;
 
 bool isTrimmedSpace(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
@@ -84,7 +58,7 @@ std::u16string convert(std::string_view text, ParsingTools::StringParsingType ty
 }
 
 std::u16string optionalHeaderString(const boost::json::object& header, std::string_view key) {
-    const boost::json::value* member = memberOf(header, key);
+    const boost::json::value* member = findMember(header, key);
     if (member == nullptr) {
         return {};
     }
@@ -117,7 +91,7 @@ const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& v
     if (!value.is_object()) {
         wrongKind("value holding " + memberName(key), "an object", &value);
     }
-    const boost::json::value* member = memberOf(value.get_object(), key);
+    const boost::json::value* member = findMember(value.get_object(), key);
     if (member == nullptr || !member->is_array()) {
         wrongKind(memberName(key), "an array", member);
     }
@@ -135,7 +109,7 @@ const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& v
 std::u16string ParsingTools::getFluString(const boost::json::object& object, const std::string& key,
                                           StringParsingType type) {
     zwhost::fault::point("ParsingTools::getFluString");
-    const boost::json::value* member = memberOf(object, key);
+    const boost::json::value* member = findMember(object, key);
     if (member == nullptr || !member->is_string()) {
         wrongKind(memberName(key), "a string", member);
     }
@@ -153,7 +127,7 @@ std::u16string ParsingTools::getFluString(const boost::json::value& value, Strin
 std::u16string ParsingTools::getFluStringWithFallback(const boost::json::object& object,
                                                       const std::string& key, StringParsingType type) {
     zwhost::fault::point("ParsingTools::getFluStringWithFallback");
-    const boost::json::value* member = memberOf(object, key);
+    const boost::json::value* member = findMember(object, key);
     if (member == nullptr || member->is_null()) {
         return {};
     }
