@@ -63,7 +63,8 @@ def main() -> int:
     for scale in ("1", "2", "4"):
         check(f"peak / (result + 4 x largest file) ({scale}x)", lambda: peakRatio(scale), "<=", 1.0)
 
-    # What the targets could come to at best: the floors plus making the owned strings alone.
+    # What the targets could come to at best: the floors plus making the owned strings alone, and
+    # for the full call also destroying the English records that a localisation replaces.
     bounds = []
 
     def bound(what, ratio, target):
@@ -80,11 +81,12 @@ def main() -> int:
               lambda: millis(f"BM_NlohmannRecords/{arg}") / least(), ">= 5.0")
     for scale in ("1", "2", "4"):
         bound(f"full call / floor time ({scale}x)",
-              lambda: millis(f"BM_TreeFloorWithStrings/{scale}") / millis(f"BM_TreeFloor/{scale}"), "<= 1.3")
+              lambda: (millis(f"BM_TreeFloorWithStrings/{scale}") + millis(f"BM_DropReplacedRecords/{scale}"))
+              / millis(f"BM_TreeFloor/{scale}"), "<= 1.3")
 
     if bounds:
         print()
-        print("| Best possible: floor plus owned strings | Ratio | Target |")
+        print("| Best possible: floor, owned strings, replaced records dropped | Ratio | Target |")
         print("|---|---:|---:|")
         for what, value, target in bounds:
             print(f"| {what} | {value:.2f} | {target} |")
