@@ -63,14 +63,16 @@ void fetchAhead(const boost::json::value& current, const boost::json::value& nex
     }
     // The current entry's table is in the cache already; of the next one only the address of
     // its members is taken, which is held in the value and not in the table.
-    auto from = reinterpret_cast<std::uintptr_t>(current.get_object().end());
-    const auto to = reinterpret_cast<std::uintptr_t>(next.get_object().begin()) + kFetchedTableBytes;
-    if (to <= from || to - from > kFetchedSpanBytes) {
+    const auto* line = reinterpret_cast<const char*>(current.get_object().end());
+    const auto* const table = reinterpret_cast<const char*>(next.get_object().begin());
+    // Also more than the span when the table lies below the current one: the difference wraps.
+    if (reinterpret_cast<std::uintptr_t>(table) - reinterpret_cast<std::uintptr_t>(line) >
+        kFetchedSpanBytes) {
         // The next entry lies in another block of the resource: its table is all that is known.
-        from = to - kFetchedTableBytes - kCacheLineBytes;
+        line = table - kCacheLineBytes;
     }
-    for (; from < to; from += kCacheLineBytes) {
-        __builtin_prefetch(reinterpret_cast<const void*>(from));
+    for (const char* const end = table + kFetchedTableBytes; line < end; line += kCacheLineBytes) {
+        __builtin_prefetch(line);
     }
 }
 
