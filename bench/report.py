@@ -4,6 +4,7 @@
 Usage: report.py RESULTS.json
 """
 import json
+import re
 import sys
 
 
@@ -14,7 +15,8 @@ def main() -> int:
     medians = [b for b in run["benchmarks"] if b.get("aggregate_name") == "median"]
     chosen = medians or [b for b in run["benchmarks"] if b.get("run_type") == "iteration"]
     chosen.sort(key=lambda b: (b.get("family_index", 0), b.get("per_family_instance_index", 0)))
-    rows = {b["run_name"].split("/min_time")[0]: b for b in chosen}
+    # Options fixed at registration are part of a run's name; the tables leave them out.
+    rows = {re.sub(r"/(min_time|iterations):[^/]*", "", b["run_name"]): b for b in chosen}
 
     def throughput(name):
         return rows[name]["bytes_per_second"] / 1e6
