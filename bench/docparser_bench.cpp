@@ -24,7 +24,7 @@
 #include "catalogue/catalogue_parser.hpp"
 #include "corpus.hpp"
 #include "example/docparser/doc_example_parser.hpp"
-#include "nlohmann_records.hpp"
+#include "plain_records.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -91,17 +91,26 @@ void BM_RawBoostJsonParse(benchmark::State& state) {
     labelLanguage(state);
 }
 
-void BM_ParseExampleCatalogue(benchmark::State& state) {
+/** Runs `read`, the library's parser or a reader it is measured against, on the large
+    catalogue; each must find as many items as the parser. */
+void measureRecordReader(benchmark::State& state,
+                         example::docparser::ExampleCatalogues (*read)(const std::string&)) {
     const std::string& text = largeCatalogue(state.range(0));
     std::size_t items = 0;
     for (auto _ : state) {
-        example::docparser::ExampleCatalogues result =
-            example::docparser::detail::parseExampleCatalogue(text);
+        example::docparser::ExampleCatalogues result = read(text);
         discardUntimed(state, std::move(result), [&](const auto& held) { items = itemCount(held); });
+    }
+    if (items != itemCount(example::docparser::detail::parseExampleCatalogue(text))) {
+        state.SkipWithError("this reader and the library's parser read different records");
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
     state.counters["items"] = static_cast<double>(items);
     labelLanguage(state);
+}
+
+void BM_ParseExampleCatalogue(benchmark::State& state) {
+    measureRecordReader(state, example::docparser::detail::parseExampleCatalogue);
 }
 
 /** Calls `use` with the text of every string value that `value` holds at any depth, in document
@@ -145,18 +154,11 @@ void BM_OwnedStringsFloor(benchmark::State& state) {
 }
 
 void BM_NlohmannRecords(benchmark::State& state) {
-    const std::string& text = largeCatalogue(state.range(0));
-    std::size_t items = 0;
-    for (auto _ : state) {
-        example::docparser::ExampleCatalogues result = zwbench::parseWithNlohmann(text);
-        discardUntimed(state, std::move(result), [&](const auto& held) { items = itemCount(held); });
-    }
-    if (items != itemCount(example::docparser::detail::parseExampleCatalogue(text))) {
-        state.SkipWithError("the peer and the library read different records");
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-    state.counters["items"] = static_cast<double>(items);
-    labelLanguage(state);
+    measureRecordReader(state, zwbench::parseWithNlohmann);
+}
+
+void BM_BoostJsonRecords(benchmark::State& state) {
+    measureRecordReader(state, zwbench::parseWithBoostJson);
 }
 
 fs::path cacheFolder() {
@@ -357,6 +359,7 @@ BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_OwnedStringsFloor)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BoostJsonRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TreeFloor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_TreeFloorWithStrings)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 // Each run parses the whole tree with the clock stopped, so a fixed number of runs keeps this short.

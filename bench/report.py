@@ -93,6 +93,24 @@ def main() -> int:
         for what, value, target in bounds:
             print(f"| {what} | {value:.2f} | {target} |")
 
+    # The same records made by plain code over the same parse, beside the library's parser.
+    plain = []
+    for arg, language in (("0", "en"), ("1", "ja")):
+        for what, baseline, target in (("raw JSON", "BM_RawBoostJsonParse", ">= 0.5"),
+                                       ("nlohmann", "BM_NlohmannRecords", ">= 5.0")):
+            try:
+                plain.append((f"parse / {what} throughput ({language})",
+                              millis(f"{baseline}/{arg}") / millis(f"BM_BoostJsonRecords/{arg}"),
+                              millis(f"{baseline}/{arg}") / millis(f"BM_ParseExampleCatalogue/{arg}"), target))
+            except KeyError:
+                pass
+    if plain:
+        print()
+        print("| Plain code over the same parse, in place of the parser | Plain code | Library | Target |")
+        print("|---|---:|---:|---:|")
+        for what, value, library, target in plain:
+            print(f"| {what} | {value:.2f} | {library:.2f} | {target} |")
+
     if not checks:
         return 0
     print()
