@@ -355,11 +355,12 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     state.counters["largest_MB"] = static_cast<double>(size.largest) / 1e6;
 }
 
-BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_OwnedStringsFloor)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_BoostJsonRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+// Two seconds of runs for each, as scripts/bench gives each benchmark a few short processes.
+BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_OwnedStringsFloor)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_BoostJsonRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_TreeFloor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_TreeFloorWithStrings)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 // Each run parses the whole tree with the clock stopped, so a fixed number of runs keeps this short.

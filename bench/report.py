@@ -1,20 +1,40 @@
 #!/usr/bin/env python3
-"""Prints the table of a docparser_bench run (Google Benchmark JSON) with the ratios it is judged by.
+"""Prints the table of docparser_bench runs (Google Benchmark JSON) with the ratios they are judged by.
 
-Usage: report.py RESULTS.json
+Usage: report.py RESULTS.json...
+Each benchmark is judged by its run of median CPU time over all the files.
 """
 import json
 import re
 import sys
 
+# The order of the tables: the single catalogue, then the trees.
+FAMILIES = ["BM_RawBoostJsonParse", "BM_ParseExampleCatalogue", "BM_OwnedStringsFloor", "BM_NlohmannRecords",
+            "BM_BoostJsonRecords", "BM_TreeFloor", "BM_TreeFloorWithStrings", "BM_DropReplacedRecords",
+            "BM_GetDocExampleFiles"]
+
+
+def order(name):
+    family, _, rest = name.partition("/")
+    argument = rest.split("/")[0]
+    return (FAMILIES.index(family) if family in FAMILIES else len(FAMILIES), family,
+            int(argument) if argument.isdigit() else 0)
+
 
 def main() -> int:
-    with open(sys.argv[1], encoding="utf-8") as handle:
-        run = json.load(handle)
-    # With repetitions, each benchmark is judged by its median; a single run by its one row.
-    medians = [b for b in run["benchmarks"] if b.get("aggregate_name") == "median"]
-    chosen = medians or [b for b in run["benchmarks"] if b.get("run_type") == "iteration"]
-    chosen.sort(key=lambda b: (b.get("family_index", 0), b.get("per_family_instance_index", 0)))
+    runs = {}
+    for path in sys.argv[1:]:
+        with open(path, encoding="utf-8") as handle:
+            for run in json.load(handle)["benchmarks"]:
+                if run.get("error_occurred"):
+                    print(f"{run['run_name']} failed: {run.get('error_message', '')}", file=sys.stderr)
+                elif run.get("run_type") == "iteration":
+                    runs.setdefault(run["run_name"], []).append(run)
+    if not runs:
+        print("report.py: no benchmark results", file=sys.stderr)
+        return 2
+    chosen = [sorted(group, key=lambda run: run["cpu_time"])[len(group) // 2] for group in runs.values()]
+    chosen.sort(key=lambda run: order(run["run_name"]))
     # Options fixed at registration are part of a run's name; the tables leave them out.
     rows = {re.sub(r"/(min_time|iterations):[^/]*", "", b["run_name"]): b for b in chosen}
 
