@@ -92,7 +92,7 @@ void BM_RawBoostJsonParse(benchmark::State& state) {
 }
 
 /** Runs `read`, the library's parser or a reader it is measured against, on the large
-    catalogue; each must find as many items as the parser. */
+    catalogue; another reader must find as many items as the parser. */
 void measureRecordReader(benchmark::State& state,
                          example::docparser::ExampleCatalogues (*read)(const std::string&)) {
     const std::string& text = largeCatalogue(state.range(0));
@@ -101,7 +101,8 @@ void measureRecordReader(benchmark::State& state,
         example::docparser::ExampleCatalogues result = read(text);
         discardUntimed(state, std::move(result), [&](const auto& held) { items = itemCount(held); });
     }
-    if (items != itemCount(example::docparser::detail::parseExampleCatalogue(text))) {
+    const auto parser = example::docparser::detail::parseExampleCatalogue;
+    if (read != parser && items != itemCount(parser(text))) {
         state.SkipWithError("this reader and the library's parser read different records");
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));

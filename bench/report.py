@@ -60,14 +60,18 @@ def main() -> int:
                 notes.append(f"{counter}={row[counter]:.1f}")
         print(f"| {name} | {millis(name):.1f} | {throughput(name):.0f} | {' '.join(notes)} |")
 
+    def measured(ratio):
+        """`ratio()`, or None where a filtered run lacks one of its rows: those ratios are left out."""
+        try:
+            return ratio()
+        except KeyError:
+            return None
+
     checks = []
 
     def check(what, ratio, relation, target):
-        # A filtered run lacks some rows; their ratios are left out.
-        try:
-            checks.append((what, ratio(), relation, target))
-        except KeyError:
-            pass
+        if (value := measured(ratio)) is not None:
+            checks.append((what, value, relation, target))
 
     for arg, language in (("0", "en"), ("1", "ja")):
         check(f"parse / raw JSON throughput ({language})",
@@ -90,10 +94,8 @@ def main() -> int:
     bounds = []
 
     def bound(what, ratio, target):
-        try:
-            bounds.append((what, ratio(), target))
-        except KeyError:
-            pass
+        if (value := measured(ratio)) is not None:
+            bounds.append((what, value, target))
 
     for arg, language in (("0", "en"), ("1", "ja")):
         least = lambda: millis(f"BM_RawBoostJsonParse/{arg}") + millis(f"BM_OwnedStringsFloor/{arg}")
@@ -118,12 +120,10 @@ def main() -> int:
     for arg, language in (("0", "en"), ("1", "ja")):
         for what, baseline, target in (("raw JSON", "BM_RawBoostJsonParse", ">= 0.5"),
                                        ("nlohmann", "BM_NlohmannRecords", ">= 5.0")):
-            try:
-                plain.append((f"parse / {what} throughput ({language})",
-                              millis(f"{baseline}/{arg}") / millis(f"BM_BoostJsonRecords/{arg}"),
-                              millis(f"{baseline}/{arg}") / millis(f"BM_ParseExampleCatalogue/{arg}"), target))
-            except KeyError:
-                pass
+            ratios = measured(lambda: (millis(f"{baseline}/{arg}") / millis(f"BM_BoostJsonRecords/{arg}"),
+                                       millis(f"{baseline}/{arg}") / millis(f"BM_ParseExampleCatalogue/{arg}")))
+            if ratios is not None:
+                plain.append((f"parse / {what} throughput ({language})", *ratios, target))
     if plain:
         print()
         print("| Plain code over the same parse, in place of the parser | Plain code | Library | Target |")
