@@ -35,12 +35,12 @@ def main() -> int:
         return 2
     # The machines these run on are shared: other work only ever adds to a run's time, so the
     # least of the runs comes closest to what the code itself costs.
-    ordered = {name: sorted(group, key=lambda run: run["cpu_time"]) for name, group in runs.items()}
-    chosen = sorted(ordered, key=order)
     # Options fixed at registration are part of a run's name; the tables leave them out.
-    rows = {re.sub(r"/(min_time|iterations):[^/]*", "", name): ordered[name][0] for name in chosen}
-    medians = {re.sub(r"/(min_time|iterations):[^/]*", "", name): ordered[name][len(ordered[name]) // 2]
-               for name in chosen}
+    ordered = {re.sub(r"/(min_time|iterations):[^/]*", "", name):
+               sorted(group, key=lambda run: run["cpu_time"])
+               for name, group in sorted(runs.items(), key=lambda item: order(item[0]))}
+    rows = {name: group[0] for name, group in ordered.items()}
+    medians = {name: group[len(group) // 2] for name, group in ordered.items()}
 
     def throughput(name):
         return rows[name]["bytes_per_second"] / 1e6
