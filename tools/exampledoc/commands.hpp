@@ -18,4 +18,8 @@ int showCommand(const Options& options, std::ostream& out, std::ostream& err);
     1 if anything would be skipped, 0 otherwise. */
 int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
 
+/** For each help folder and supported locale, how many English example ids are localised, which
+    are missing and which localised ids are orphans. */
+int coverageCommand(const Options& options, std::ostream& out, std::ostream& err);
+
 } // namespace exampledoc

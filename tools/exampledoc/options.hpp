@@ -17,6 +17,8 @@ struct Options {
     std::optional<std::string> root;
     std::optional<std::string> locale;
     bool json = false;
+    std::string format = "text"; // check and coverage: text, json or sarif (check only)
+    bool strict = false;         // check: warnings count as errors for the exit status
     bool help = false;
     std::vector<std::string> operands;
 };

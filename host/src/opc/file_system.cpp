@@ -56,6 +56,11 @@ FileSystemManager::FileSystemManager(model::Package& package, const FileSystemOp
     zwhost::fault::point("FileSystemManager");
 }
 
+std::vector<FileSystemManager::SkippedEntry> FileSystemManager::getSkippedEntries() const {
+    openArchive(package_);
+    return {};
+}
+
 std::vector<FileSystemEntry> FileSystemManager::getAllLeafs() const {
     zwhost::fault::point("FileSystemManager::getAllLeafs");
     zip_t* archive = openArchive(package_);

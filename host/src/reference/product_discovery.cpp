@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@
 #include "native_name.hpp"
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "zwhost/fault.hpp"
+#include "zwhost/product_walk.hpp"
 
 namespace reference::docparser {
 namespace {
@@ -24,6 +26,8 @@ namespace {
 namespace fs = std::filesystem;
 using zwhost::reference::detail::fromNative;
 using zwhost::reference::detail::toNative;
+using zwhost::reference::LeftOut;
+using LeftOutFn = std::function<void(const LeftOut&)>;
 
 // Folders nested deeper than this below the root are not read.
 constexpr int kMaxDepth = 16;
@@ -75,20 +79,25 @@ Listing listSorted(const fs::path& folder) {
 
 class Walk {
 public:
-    Walk(const std::vector<std::u16string>& locales, const std::u16string& localeSuffix)
-        : locales_(locales), localeSuffix_(localeSuffix) {}
+    Walk(const std::vector<std::u16string>& locales, const std::u16string& localeSuffix, const LeftOutFn& leftOut)
+        : locales_(locales), localeSuffix_(localeSuffix), leftOut_(leftOut) {}
 
-    void folder(const Listing& entries, const std::u16string& path, int depth) {
+    void folder(const Listing& entries, const std::u16string& path, const std::string& relative, int depth) {
         for (const auto& [nativeName, entry] : entries) {
+            const std::string childRelative = relative.empty() ? nativeName : relative + '/' + nativeName;
             const std::optional<std::u16string> name = fromNative(nativeName);
             if (!name) {
+                report(childRelative, LeftOut::Why::NotUtf8, {});
                 continue;
             }
             std::u16string childPath = path + u'/' + *name;
             std::error_code error;
-            if (entry.symlink_status(error).type() == fs::file_type::directory) {
+            const fs::file_type linkType = entry.symlink_status(error).type();
+            if (linkType == fs::file_type::directory) {
                 if (depth < kMaxDepth) {
-                    subfolder(entry.path(), childPath, depth + 1);
+                    subfolder(entry.path(), childPath, childRelative, depth + 1);
+                } else {
+                    report(childRelative, LeftOut::Why::TooDeep, {});
                 }
             } else if (entry.is_regular_file(error)) {
                 if (isPackageName(*name)) {
@@ -96,6 +105,10 @@ public:
                 } else if (isCatalogueName(*name)) {
                     add(products_.looseProducts, *name, std::move(childPath));
                 }
+            } else if (linkType == fs::file_type::symlink && !fs::exists(entry.path(), error)) {
+                report(childRelative, LeftOut::Why::DanglingLink, {});
+            } else if (isPackageName(*name) || isCatalogueName(*name)) {
+                report(childRelative, LeftOut::Why::NotRegularFile, {});
             }
         }
     }
@@ -103,16 +116,23 @@ public:
     AllProducts take() { return std::move(products_); }
 
 private:
-    void subfolder(const fs::path& native, const std::u16string& path, int depth) {
+    void report(const std::string& relative, LeftOut::Why why, std::string detail) const {
+        if (leftOut_) {
+            leftOut_(LeftOut{relative, why, std::move(detail)});
+        }
+    }
+
+    void subfolder(const fs::path& native, const std::u16string& path, const std::string& relative, int depth) {
         Listing entries;
         try {
             entries = listSorted(native);
-        } catch (const fs::filesystem_error&) {
+        } catch (const fs::filesystem_error& error) {
             // A folder below the root that cannot be listed is passed over, as a package that
             // cannot be opened is: what lies beside it is still read.
+            report(relative, LeftOut::Why::Unlistable, error.code().message());
             return;
         }
-        folder(entries, path, depth);
+        folder(entries, path, relative, depth);
     }
 
     void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
@@ -129,6 +149,7 @@ private:
 
     const std::vector<std::u16string>& locales_;
     const std::u16string& localeSuffix_;
+    const LeftOutFn& leftOut_;
     AllProducts products_;
 };
 
@@ -138,7 +159,26 @@ AllProducts DocResourceParser::getAllProducts(const std::u16string& root,
                                               const std::vector<std::u16string>& locales,
                                               const std::u16string& localeSuffix) {
     zwhost::fault::point("DocResourceParser::getAllProducts");
-    const fs::path native(toNative(root));
+    return zwhost::reference::walkProducts(root, locales, localeSuffix, {});
+}
+
+bool DocResourceParser::isValidFilename(const fl::filesystem::upath& path) {
+    zwhost::fault::point("DocResourceParser::isValidFilename");
+    const std::u16string_view text = path.text();
+    const std::size_t slash = text.find_last_of(fl::filesystem::upath_constant::PATHNAME_SEPARATOR[0]);
+    return isCatalogueName(slash == std::u16string_view::npos ? text : text.substr(slash + 1));
+}
+
+} // namespace reference::docparser
+
+namespace zwhost::reference {
+
+::reference::docparser::AllProducts walkProducts(const std::u16string& root,
+                                                 const std::vector<std::u16string>& locales,
+                                                 const std::u16string& localeSuffix,
+                                                 const std::function<void(const LeftOut&)>& leftOut) {
+    using namespace ::reference::docparser;
+    const fs::path native(detail::toNative(root));
     std::error_code error;
     if (fs::status(native, error).type() == fs::file_type::not_found) {
         return {};
@@ -150,16 +190,9 @@ AllProducts DocResourceParser::getAllProducts(const std::u16string& root,
     if (!path.empty() && path.back() == u'/') {
         path.pop_back();
     }
-    Walk walk(locales, localeSuffix);
-    walk.folder(listSorted(native), path, 0);
+    Walk walk(locales, localeSuffix, leftOut);
+    walk.folder(listSorted(native), path, {}, 0);
     return walk.take();
 }
 
-bool DocResourceParser::isValidFilename(const fl::filesystem::upath& path) {
-    zwhost::fault::point("DocResourceParser::isValidFilename");
-    const std::u16string_view text = path.text();
-    const std::size_t slash = text.find_last_of(fl::filesystem::upath_constant::PATHNAME_SEPARATOR[0]);
-    return isCatalogueName(slash == std::u16string_view::npos ? text : text.substr(slash + 1));
-}
-
-} // namespace reference::docparser
+} // namespace zwhost::reference

@@ -45,6 +45,17 @@ public:
         @throw PackageError Thrown when the package is not open or a name is not UTF-8. */
     std::vector<FileSystemEntry> getAllLeafs() const;
 
+    /** An entry of the open package that getAllLeafs leaves out, and why. */
+    struct SkippedEntry {
+        enum class Why { DuplicateName };
+        std::u16string path;
+        Why why;
+        std::string reason; // a sentence for people, such as "a second entry of this name"
+    };
+
+    /** The entries of the open package that getAllLeafs leaves out, in central-directory order. */
+    std::vector<SkippedEntry> getSkippedEntries() const;
+
     /** The whole content of `entry`, at most `limit` bytes, CRC and size checked.
         @throw PackageError Thrown when the content exceeds `limit`, differs from its declared
         size or CRC, or cannot be read. */
