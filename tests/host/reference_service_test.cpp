@@ -111,7 +111,7 @@ TEST_F(ReferenceService, ResetRestoresEveryDefaultAndRereadsTheDocumentationRoot
     EXPECT_EQ(*DocResourceParser::getReferenceRoots(), u"/srv/docs");
     EXPECT_EQ(ParsingTools::getSupportedDocLocales(),
               (std::vector<std::u16string>{u"ja_JP", u"ko_KR", u"zh_CN"}));
-    EXPECT_EQ(zwhost::settings::readLimit(), std::uint64_t{64} << 20);
+    EXPECT_EQ(zwhost::settings::readLimit(), std::uint64_t{16} << 20);
     setEnv("ZW_DOC_ROOT", "");
     zwhost::settings::resetToDefaults();
     const std::u16string sample = *DocResourceParser::getReferenceRoots();

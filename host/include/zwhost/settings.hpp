@@ -1,6 +1,7 @@
 #pragma once
 // The host's settings for the reference service: where the documentation lies, which locale is
-// current, which documentation locales exist, and how much one read may give. Thread-safe.
+// current, which documentation locales exist, how much one read may give and how much one
+// package may inflate. Thread-safe.
 
 #include <cstdint>
 #include <string>
@@ -8,8 +9,12 @@
 
 namespace zwhost::settings {
 
-/** The read limit a fresh process starts with: 64 MiB. */
-inline constexpr std::uint64_t kDefaultReadLimit = std::uint64_t{64} << 20;
+/** The read limit a fresh process starts with: 16 MiB, whose JSON tree can cost up to about
+    forty times as much memory while it is parsed. */
+inline constexpr std::uint64_t kDefaultReadLimit = std::uint64_t{16} << 20;
+
+/** The package budget a fresh process starts with: four times the default read limit. */
+inline constexpr std::uint64_t kDefaultPackageBudget = 4 * kDefaultReadLimit;
 
 /** The documentation root. Default: the environment variable ZW_DOC_ROOT when it is set and not
     empty, else the sample documentation tree that comes with the host. */
@@ -36,6 +41,12 @@ std::uint64_t readLimit();
 
 /** Replaces the read limit. */
 void setReadLimit(std::uint64_t bytes);
+
+/** The most bytes the reads of one package may inflate together. Default: kDefaultPackageBudget. */
+std::uint64_t packageBudget();
+
+/** Replaces the package budget. */
+void setPackageBudget(std::uint64_t bytes);
 
 /** Sets every setting to its default, reading the environment again. */
 void resetToDefaults();

@@ -1,7 +1,6 @@
 #include "central_directory.hpp"
 
 #include <algorithm>
-#include <fstream>
 #include <string_view>
 #include <utility>
 
@@ -36,36 +35,19 @@ std::uint64_t le(std::string_view bytes, std::size_t at, std::size_t width) {
     return value;
 }
 
-/** The zip file, read at given offsets; every failure names the file. */
+/** The zip file's bytes, read at given offsets; every failure names the file. */
 class RawFile {
 public:
-    explicit RawFile(const std::string& path) : path_(path), in_(path, std::ios::binary) {
-        in_.seekg(0, std::ios::end);
-        if (!in_) {
-            throw PackageError("cannot open package " + path_);
-        }
-        size_ = static_cast<std::uint64_t>(in_.tellg());
-        position_ = size_;
-    }
+    RawFile(std::string_view bytes, const std::string& path) : bytes_(bytes), path_(path) {}
 
-    std::uint64_t size() const { return size_; }
+    std::uint64_t size() const { return bytes_.size(); }
 
     /** `count` bytes at `offset`; refuses a range that runs past the end of the file. */
-    std::string read(std::uint64_t offset, std::uint64_t count) {
-        if (offset > size_ || count > size_ - offset) {
+    std::string_view read(std::uint64_t offset, std::uint64_t count) const {
+        if (offset > size() || count > size() - offset) {
             refuse("a record runs past the end of the file");
         }
-        std::string bytes(count, '\0');
-        // A seek drops the stream's buffer, so the directory, read in order, is read without one.
-        if (offset != position_) {
-            in_.seekg(static_cast<std::streamoff>(offset));
-        }
-        in_.read(bytes.data(), static_cast<std::streamsize>(count));
-        if (!in_) {
-            throw PackageError("cannot read package " + path_);
-        }
-        position_ = offset + count;
-        return bytes;
+        return bytes_.substr(offset, count);
     }
 
     [[noreturn]] void refuse(const std::string& why) const {
@@ -73,10 +55,8 @@ public:
     }
 
 private:
-    std::string path_;
-    std::ifstream in_;
-    std::uint64_t size_ = 0;
-    std::uint64_t position_ = 0;
+    std::string_view bytes_;
+    const std::string& path_;
 };
 
 /** Where the central directory lies, and where it must end. */
@@ -85,42 +65,49 @@ struct EndRecord {
     std::uint64_t directoryOffset = 0;
     std::uint64_t directorySize = 0;
     std::uint64_t position = 0;
+    std::uint64_t end = 0; // just past the end record's comment
 };
 
-EndRecord readZip64End(RawFile& file, std::uint64_t locatorPosition) {
-    const std::string locator = file.read(locatorPosition, kZip64LocatorSize);
+EndRecord readZip64End(const RawFile& file, std::uint64_t locatorPosition, std::uint64_t end) {
+    const std::string_view locator = file.read(locatorPosition, kZip64LocatorSize);
     const std::uint64_t position = le(locator, 8, 8);
     if (position > locatorPosition || locatorPosition - position < kZip64EndSize) {
         file.refuse("the zip64 end record is misplaced");
     }
-    const std::string record = file.read(position, kZip64EndSize);
+    const std::string_view record = file.read(position, kZip64EndSize);
     if (le(record, 0, 4) != kZip64EndSignature) {
         file.refuse("the zip64 end record is missing");
     }
-    return {le(record, 32, 8), le(record, 48, 8), le(record, 40, 8), position};
+    return {le(record, 32, 8), le(record, 48, 8), le(record, 40, 8), position, end};
 }
 
-EndRecord readEndRecord(RawFile& file) {
+EndRecord readEndRecord(const RawFile& file) {
     if (file.size() < kEndSize) {
         file.refuse("too short to be a zip file");
     }
-    const std::uint64_t tailSize = std::min(file.size(), kEndSize + kMaxCommentSize);
-    const std::uint64_t tailStart = file.size() - tailSize;
-    const std::string tail = file.read(tailStart, tailSize);
-    // The end record is the last one whose comment reaches exactly to the end of the file.
-    for (std::size_t at = tailSize - kEndSize + 1; at-- > 0;) {
-        if (le(tail, at, 4) != kEndSignature || at + kEndSize + le(tail, at + 20, 2) != tailSize) {
+    // Writers that fill whole blocks, such as bsdtar writing to a pipe, pad the end record's
+    // comment with zeros; the comment must reach at least to where that padding begins.
+    const std::string_view all = file.read(0, file.size());
+    const std::size_t lastByte = all.find_last_not_of('\0');
+    const std::uint64_t padStart = lastByte == std::string_view::npos ? 0 : lastByte + 1;
+    const std::uint64_t searchStart =
+        padStart > kEndSize + kMaxCommentSize ? padStart - kEndSize - kMaxCommentSize : 0;
+    // The end record is the last one whose comment ends where the padding begins or in it.
+    for (std::uint64_t at = file.size() - kEndSize + 1; at-- > searchStart;) {
+        if (le(all, at, 4) != kEndSignature) {
             continue;
         }
-        if (le(tail, at + 4, 2) != 0 || le(tail, at + 6, 2) != 0) {
+        const std::uint64_t end = at + kEndSize + le(all, at + 20, 2);
+        if (end < padStart || end > file.size()) {
+            continue;
+        }
+        if (le(all, at + 4, 2) != 0 || le(all, at + 6, 2) != 0) {
             file.refuse("the package spans several disks");
         }
-        const std::uint64_t position = tailStart + at;
-        if (position >= kZip64LocatorSize &&
-            le(file.read(position - kZip64LocatorSize, 4), 0, 4) == kZip64LocatorSignature) {
-            return readZip64End(file, position - kZip64LocatorSize);
+        if (at >= kZip64LocatorSize && le(all, at - kZip64LocatorSize, 4) == kZip64LocatorSignature) {
+            return readZip64End(file, at - kZip64LocatorSize, end);
         }
-        return {le(tail, at + 10, 2), le(tail, at + 16, 4), le(tail, at + 12, 4), position};
+        return {le(all, at + 10, 2), le(all, at + 16, 4), le(all, at + 12, 4), at, end};
     }
     file.refuse("no end of central directory record");
 }
@@ -179,8 +166,14 @@ void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view
     }
 }
 
-std::vector<DirectoryRecord> readRecords(RawFile& file, const EndRecord& end) {
-    std::vector<DirectoryRecord> records;
+/** A central record with its name, which its local header must repeat. */
+struct NamedRecord {
+    DirectoryRecord record;
+    std::string_view name;
+};
+
+std::vector<NamedRecord> readRecords(const RawFile& file, const EndRecord& end) {
+    std::vector<NamedRecord> records;
     records.reserve(end.entries);
     std::uint64_t at = end.directoryOffset;
     const std::uint64_t stop = end.directoryOffset + end.directorySize;
@@ -188,7 +181,7 @@ std::vector<DirectoryRecord> readRecords(RawFile& file, const EndRecord& end) {
         if (stop - at < kCentralHeaderSize) {
             file.refuse("the central directory is truncated");
         }
-        const std::string header = file.read(at, kCentralHeaderSize);
+        const std::string_view header = file.read(at, kCentralHeaderSize);
         if (le(header, 0, 4) != kCentralHeaderSignature) {
             file.refuse("entry " + std::to_string(index) + " has no central header");
         }
@@ -198,28 +191,35 @@ std::vector<DirectoryRecord> readRecords(RawFile& file, const EndRecord& end) {
         if (stop - at < recordSize) {
             file.refuse("the central directory is truncated");
         }
-        vetName(file, index, file.read(at + kCentralHeaderSize, nameSize));
-        DirectoryRecord record{le(header, 42, 4), le(header, 20, 4), le(header, 24, 4)};
+        const std::string_view name = file.read(at + kCentralHeaderSize, nameSize);
+        vetName(file, index, name);
+        DirectoryRecord record{.localOffset = le(header, 42, 4),
+                               .compressedSize = le(header, 20, 4),
+                               .size = le(header, 24, 4),
+                               .crc = static_cast<std::uint32_t>(le(header, 16, 4)),
+                               .method = static_cast<std::uint16_t>(le(header, 10, 2)),
+                               .flags = static_cast<std::uint16_t>(le(header, 8, 2))};
         applyExtraFields(file, index, file.read(at + kCentralHeaderSize + nameSize, extraSize), record);
-        records.push_back(record);
+        records.push_back({record, name});
         at += recordSize;
     }
     return records;
 }
 
-/** Refuses entries whose local header and data share a byte with another entry's, the shape of
-    a zip bomb that inflates the same data many times. A trailing data descriptor is not counted:
-    it holds no data that is ever inflated. */
-void refuseOverlaps(RawFile& file, const std::vector<DirectoryRecord>& records, std::uint64_t dataEnd) {
+/** Checks each local header against its central record and finds where its data starts. Refuses
+    entries whose local headers and data share a byte with another entry's, the shape of a zip
+    bomb that inflates the same data many times. A trailing data descriptor is not counted: it
+    holds no data that is ever inflated. */
+void placeData(const RawFile& file, std::vector<NamedRecord>& records, std::uint64_t dataEnd) {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
     spans.reserve(records.size());
     for (std::size_t index = 0; index < records.size(); ++index) {
-        const DirectoryRecord& record = records[index];
+        DirectoryRecord& record = records[index].record;
         const std::string entry = "entry " + std::to_string(index);
         if (record.localOffset > dataEnd || dataEnd - record.localOffset < kLocalHeaderSize) {
             file.refuse(entry + " lies outside the data of the package");
         }
-        const std::string header = file.read(record.localOffset, kLocalHeaderSize);
+        const std::string_view header = file.read(record.localOffset, kLocalHeaderSize);
         if (le(header, 0, 4) != kLocalHeaderSignature) {
             file.refuse(entry + " has no local header");
         }
@@ -228,7 +228,8 @@ void refuseOverlaps(RawFile& file, const std::vector<DirectoryRecord>& records, 
         if (headerSize > room || record.compressedSize > room - headerSize) {
             file.refuse(entry + " runs into the central directory");
         }
-        spans.emplace_back(record.localOffset, record.localOffset + headerSize + record.compressedSize);
+        record.dataOffset = record.localOffset + headerSize;
+        spans.emplace_back(record.localOffset, record.dataOffset + record.compressedSize);
     }
     std::sort(spans.begin(), spans.end());
     for (std::size_t k = 1; k < spans.size(); ++k) {
@@ -236,12 +237,24 @@ void refuseOverlaps(RawFile& file, const std::vector<DirectoryRecord>& records, 
             file.refuse("two entries overlap at offset " + std::to_string(spans[k].first));
         }
     }
+    // libzip takes the name and method from the central record and the data offset from the
+    // local header: both headers must describe the same entry for the vetting to hold.
+    for (std::size_t index = 0; index < records.size(); ++index) {
+        const DirectoryRecord& record = records[index].record;
+        const std::string_view header = file.read(record.localOffset, kLocalHeaderSize);
+        if (file.read(record.localOffset + kLocalHeaderSize, le(header, 26, 2)) != records[index].name) {
+            file.refuse("entry " + std::to_string(index) + " has another name in its local header");
+        }
+        if (le(header, 8, 2) != record.method) {
+            file.refuse("entry " + std::to_string(index) + " has another method in its local header");
+        }
+    }
 }
 
 } // namespace
 
-std::vector<DirectoryRecord> readCentralDirectory(const std::string& path) {
-    RawFile file(path);
+Directory readCentralDirectory(std::string_view bytes, const std::string& path) {
+    const RawFile file(bytes, path);
     const EndRecord end = readEndRecord(file);
     if (end.entries > kMaxEntries) {
         file.refuse(std::to_string(end.entries) + " entries, more than " + std::to_string(kMaxEntries));
@@ -249,9 +262,14 @@ std::vector<DirectoryRecord> readCentralDirectory(const std::string& path) {
     if (end.directoryOffset > end.position || end.directorySize > end.position - end.directoryOffset) {
         file.refuse("the central directory runs past its end record");
     }
-    std::vector<DirectoryRecord> records = readRecords(file, end);
-    refuseOverlaps(file, records, end.directoryOffset);
-    return records;
+    std::vector<NamedRecord> named = readRecords(file, end);
+    placeData(file, named, end.directoryOffset);
+    Directory directory{{}, end.end};
+    directory.records.reserve(named.size());
+    for (const NamedRecord& record : named) {
+        directory.records.push_back(record.record);
+    }
+    return directory;
 }
 
 } // namespace opc::zippackage::detail

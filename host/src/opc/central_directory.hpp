@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace opc::zippackage::detail {
@@ -11,17 +12,29 @@ namespace opc::zippackage::detail {
 /** The most entries a package may have. */
 inline constexpr std::uint64_t kMaxEntries = 65536;
 
-/** One central-directory record, as far as vetting needs it. */
+/** One central-directory record, as far as vetting and reading need it. */
 struct DirectoryRecord {
     std::uint64_t localOffset = 0;
     std::uint64_t compressedSize = 0;
     std::uint64_t size = 0;
+    std::uint64_t dataOffset = 0; // where the entry's compressed data starts
+    std::uint32_t crc = 0;
+    std::uint16_t method = 0;
+    std::uint16_t flags = 0;
 };
 
-/** The records of the zip file at `path`, in central-directory order, once it is vetted: not
+/** A vetted directory: its records in central-directory order, and how many leading bytes of the
+    file make the zip (the zero padding some writers add after the end record excluded). */
+struct Directory {
+    std::vector<DirectoryRecord> records;
+    std::uint64_t zipSize = 0;
+};
+
+/** The directory of the zip file `bytes`, named `path` in errors, once it is vetted: not
     truncated, at most kMaxEntries entries, no name that is absolute or holds a ".." segment, a
-    backslash or NUL, and no two entries whose local headers and data share a byte.
-    @throw PackageError Thrown when the file cannot be read or is refused. */
-std::vector<DirectoryRecord> readCentralDirectory(const std::string& path);
+    backslash or NUL, every local header agreeing with its central record on the name and the
+    method, and no two entries whose local headers and data share a byte.
+    @throw PackageError Thrown when the file is refused. */
+Directory readCentralDirectory(std::string_view bytes, const std::string& path);
 
 } // namespace opc::zippackage::detail

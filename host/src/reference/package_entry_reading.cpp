@@ -1,4 +1,5 @@
-// Reading an entry of an open package: the package services check its size and CRC.
+// Reading an entry of an open package: the package services check its size and CRC and hold
+// the package to its budget of inflated bytes.
 
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "zwhost/fault.hpp"
@@ -8,7 +9,8 @@ namespace reference::docparser {
 
 std::string DocResourceParser::openAndReadFile(const ProductZipData& product) {
     zwhost::fault::point("DocResourceParser::openAndReadFile");
-    return product.getFileSystemManager().readEntry(product.getEntry(), zwhost::settings::readLimit());
+    return product.getFileSystemManager().readEntry(product.getEntry(), zwhost::settings::readLimit(),
+                                                    zwhost::settings::packageBudget());
 }
 
 } // namespace reference::docparser

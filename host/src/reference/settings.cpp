@@ -20,6 +20,7 @@ struct Values {
     std::u16string currentLocale;
     std::vector<std::u16string> supportedDocLocales;
     std::uint64_t readLimit = kDefaultReadLimit;
+    std::uint64_t packageBudget = kDefaultPackageBudget;
 };
 
 // An environment variable that is unset, empty or not UTF-8 counts as absent.
@@ -74,7 +75,8 @@ Values defaults() {
     return Values{defaultDocumentationRoot(),
                   defaultCurrentLocale(),
                   {u"ja_JP", u"ko_KR", u"zh_CN"},
-                  kDefaultReadLimit};
+                  kDefaultReadLimit,
+                  kDefaultPackageBudget};
 }
 
 struct State {
@@ -133,6 +135,14 @@ std::uint64_t readLimit() {
 
 void setReadLimit(std::uint64_t bytes) {
     set(&Values::readLimit, bytes);
+}
+
+std::uint64_t packageBudget() {
+    return get(&Values::packageBudget);
+}
+
+void setPackageBudget(std::uint64_t bytes) {
+    set(&Values::packageBudget, bytes);
 }
 
 void resetToDefaults() {

@@ -1,5 +1,5 @@
 #pragma once
-// A zip file as the physical side of a package, read with libzip.
+// A zip file as the physical side of a package, read once into memory and listed with libzip.
 
 #include <cstdint>
 #include <memory>
@@ -8,31 +8,34 @@
 #include "opc/file_system_ops_selector.hpp"
 #include "opc/interfaces/physical_package.hpp"
 
-typedef struct zip zip_t;
-
 namespace opc::zippackage {
 
 class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
 public:
+    /** What an open package holds: its bytes, its vetted directory and the libzip archive over them. */
+    struct Contents;
+
     /** A package over the zip file at `path`; nothing is opened until `open`. */
     ZipPhysicalPackage(const std::u16string& path, const FileSystemOpsSelector& selector, bool readOnly);
     ~ZipPhysicalPackage() override;
     ZipPhysicalPackage(const ZipPhysicalPackage&) = delete;
     ZipPhysicalPackage& operator=(const ZipPhysicalPackage&) = delete;
 
-    /** Opens the zip with consistency checks and vets its directory; throws on a bad or hostile zip. */
+    /** Reads the zip file once, vets its directory and opens it with libzip; throws on a file
+        that is not a regular file, or on a bad or hostile zip. */
     void open(interfaces::OpenMode mode) override;
-    bool isOpen() const override { return archive_ != nullptr; }
+    bool isOpen() const override { return contents_ != nullptr; }
 
-    /** The open libzip archive (null before `open`). */
-    zip_t* archive() const { return archive_; }
+    /** The open package (null before `open`). */
+    const Contents* contents() const { return contents_.get(); }
     const std::u16string& path() const { return path_; }
+    const std::string& nativePath() const { return nativePath_; }
 
 private:
     std::u16string path_;
     std::string nativePath_;
     bool readOnly_;
-    zip_t* archive_ = nullptr;
+    std::unique_ptr<Contents> contents_;
 };
 
 } // namespace opc::zippackage

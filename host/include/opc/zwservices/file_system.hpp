@@ -41,7 +41,8 @@ public:
     FileSystemManager(const FileSystemManager&) = delete;
     FileSystemManager& operator=(const FileSystemManager&) = delete;
 
-    /** Every file entry (not folders) of the open package, in central-directory order.
+    /** Every file entry (not folders) of the open package, in central-directory order; of entries
+        that share a name, the first.
         @throw PackageError Thrown when the package is not open or a name is not UTF-8. */
     std::vector<FileSystemEntry> getAllLeafs() const;
 
@@ -53,13 +54,30 @@ public:
         std::string reason; // a sentence for people, such as "a second entry of this name"
     };
 
-    /** The entries of the open package that getAllLeafs leaves out, in central-directory order. */
+    /** The entries of the open package that getAllLeafs leaves out, in central-directory order:
+        the later entries of a name that an earlier entry already has.
+        @throw PackageError Thrown when the package is not open or a name is not UTF-8. */
     std::vector<SkippedEntry> getSkippedEntries() const;
 
-    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked.
-        @throw PackageError Thrown when the content exceeds `limit`, differs from its declared
-        size or CRC, or cannot be read. */
-    std::string readEntry(const FileSystemEntry& entry, std::uint64_t limit) const;
+    /** No budget: a package may inflate as many bytes as its entries hold. */
+    static constexpr std::uint64_t kNoBudget = UINT64_MAX;
+
+    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked. The text grows
+        as it is inflated; nothing is allocated from the size the entry declares. All the reads of
+        this manager together inflate at most `budget` bytes, and an entry that inflates more than
+        kMaxRatio times its compressed size beyond kRatioFloor bytes is refused.
+        @throw PackageError Thrown when the content exceeds `limit` or the budget, differs from its
+        declared size or CRC, cannot be read, or is compressed with a method that is not
+        supported ("compression method N (name) is not supported"). */
+    std::string readEntry(const FileSystemEntry& entry, std::uint64_t limit,
+                          std::uint64_t budget = kNoBudget) const;
+
+    /** The bytes inflated by this manager's reads so far, whole entries or not. */
+    std::uint64_t inflatedBytes() const { return inflated_; }
+
+    /** The most an entry may inflate per byte of compressed data once past kRatioFloor bytes. */
+    static constexpr std::uint64_t kMaxRatio = 1024;
+    static constexpr std::uint64_t kRatioFloor = std::uint64_t{1} << 20;
 
     /** The selector this manager was built with. */
     const FileSystemOpsSelector& selector() const { return selector_; }
@@ -67,6 +85,7 @@ public:
 private:
     model::Package& package_;
     const FileSystemOpsSelector& selector_;
+    mutable std::uint64_t inflated_ = 0;
 };
 
 } // namespace opc::zwservices

@@ -1,0 +1,182 @@
+#include "entry_decoders.hpp"
+
+#include <lzma.h>
+#include <zstd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+namespace opc::zwservices::detail {
+namespace {
+
+constexpr std::uint16_t kLzma = 14;
+constexpr std::uint16_t kZstd = 93;
+constexpr std::uint16_t kXz = 95;
+constexpr std::size_t kChunk = std::size_t{64} << 10;
+// Version (2 bytes) and size of the properties (2 bytes) come before them in an LZMA entry.
+constexpr std::size_t kLzmaHeader = 4;
+constexpr std::size_t kLzmaPropertiesSize = 5;
+
+[[noreturn]] void damaged(const std::string& method, const std::string& why) {
+    throw std::runtime_error(method + " data is damaged: " + why);
+}
+
+struct LzmaEnd {
+    void operator()(lzma_stream* stream) const { lzma_end(stream); }
+};
+
+/** Runs an initialised liblzma decoder over `data` into `sink` until the end of its stream. */
+void runLzma(lzma_stream& stream, std::string_view data, const std::string& method, const Sink& sink) {
+    const std::unique_ptr<lzma_stream, LzmaEnd> ending(&stream);
+    stream.next_in = reinterpret_cast<const std::uint8_t*>(data.data());
+    stream.avail_in = data.size();
+    std::uint8_t out[kChunk];
+    for (;;) {
+        stream.next_out = out;
+        stream.avail_out = sizeof out;
+        const lzma_ret result = lzma_code(&stream, LZMA_FINISH);
+        sink(reinterpret_cast<const char*>(out), sizeof out - stream.avail_out);
+        if (result == LZMA_STREAM_END) {
+            return;
+        }
+        if (result == LZMA_MEMLIMIT_ERROR || result == LZMA_MEM_ERROR) {
+            throw std::runtime_error(method + " data needs more memory than allowed to decode");
+        }
+        if (result != LZMA_OK) {
+            damaged(method, "liblzma error " + std::to_string(result));
+        }
+    }
+}
+
+void decodeLzma(std::string_view data, std::uint64_t declaredSize, std::uint64_t memory, const Sink& sink) {
+    if (data.size() < kLzmaHeader + kLzmaPropertiesSize || data[2] != kLzmaPropertiesSize || data[3] != 0) {
+        damaged("LZMA", "no properties header");
+    }
+    lzma_filter filters[2] = {{LZMA_FILTER_LZMA1, nullptr}, {LZMA_VLI_UNKNOWN, nullptr}};
+    if (lzma_properties_decode(&filters[0], nullptr,
+                               reinterpret_cast<const std::uint8_t*>(data.data()) + kLzmaHeader,
+                               kLzmaPropertiesSize) != LZMA_OK) {
+        damaged("LZMA", "bad properties");
+    }
+    const std::unique_ptr<lzma_options_lzma, decltype(&std::free)> options(
+        static_cast<lzma_options_lzma*>(filters[0].options), &std::free);
+    // A dictionary larger than the output it may produce is never used beyond that output, so a
+    // header that asks for gigabytes costs no more than the read allows.
+    options->dict_size =
+        static_cast<std::uint32_t>(std::clamp<std::uint64_t>(memory, LZMA_DICT_SIZE_MIN, options->dict_size));
+    filters[0].id = LZMA_FILTER_LZMA1EXT;
+    options->ext_flags = LZMA_LZMA1EXT_ALLOW_EOPM;
+    options->ext_size_low = static_cast<std::uint32_t>(declaredSize);
+    options->ext_size_high = static_cast<std::uint32_t>(declaredSize >> 32);
+    lzma_stream stream = LZMA_STREAM_INIT;
+    if (lzma_raw_decoder(&stream, filters) != LZMA_OK) {
+        damaged("LZMA", "the decoder refuses its properties");
+    }
+    runLzma(stream, data.substr(kLzmaHeader + kLzmaPropertiesSize), "LZMA", sink);
+}
+
+void decodeXz(std::string_view data, std::uint64_t memory, const Sink& sink) {
+    lzma_stream stream = LZMA_STREAM_INIT;
+    if (lzma_stream_decoder(&stream, memory, 0) != LZMA_OK) {
+        throw std::runtime_error("cannot start the XZ decoder");
+    }
+    runLzma(stream, data, "XZ", sink);
+}
+
+struct ZstdFree {
+    void operator()(ZSTD_DStream* stream) const { ZSTD_freeDStream(stream); }
+};
+
+void decodeZstd(std::string_view data, std::uint64_t memory, const Sink& sink) {
+    const std::unique_ptr<ZSTD_DStream, ZstdFree> stream(ZSTD_createDStream());
+    if (!stream) {
+        throw std::bad_alloc();
+    }
+    const ZSTD_bounds bounds = ZSTD_dParam_getBounds(ZSTD_d_windowLogMax);
+    int windowLog = bounds.lowerBound;
+    while (windowLog < bounds.upperBound && (std::uint64_t{1} << (windowLog + 1)) <= memory) {
+        ++windowLog;
+    }
+    ZSTD_DCtx_setParameter(stream.get(), ZSTD_d_windowLogMax, windowLog);
+    ZSTD_inBuffer in{data.data(), data.size(), 0};
+    char out[kChunk];
+    for (;;) {
+        ZSTD_outBuffer buffer{out, sizeof out, 0};
+        const std::size_t result = ZSTD_decompressStream(stream.get(), &buffer, &in);
+        if (ZSTD_isError(result)) {
+            damaged("zstd", ZSTD_getErrorName(result));
+        }
+        sink(out, buffer.pos);
+        if (result == 0 && in.pos == in.size) {
+            return;
+        }
+        if (buffer.pos == 0 && in.pos == in.size) {
+            damaged("zstd", "the data ends inside a frame");
+        }
+    }
+}
+
+} // namespace
+
+std::string methodName(std::uint16_t method) {
+    switch (method) {
+    case 0:
+        return "store";
+    case 1:
+        return "shrink";
+    case 6:
+        return "implode";
+    case 8:
+        return "deflate";
+    case 9:
+        return "Deflate64";
+    case 10:
+        return "PKWARE DCL implode";
+    case 12:
+        return "bzip2";
+    case kLzma:
+        return "LZMA";
+    case 18:
+        return "IBM TERSE";
+    case 19:
+        return "IBM LZ77";
+    case kZstd:
+        return "zstd";
+    case 94:
+        return "MP3";
+    case kXz:
+        return "XZ";
+    case 96:
+        return "JPEG";
+    case 97:
+        return "WavPack";
+    case 98:
+        return "PPMd";
+    case 99:
+        return "AES encryption";
+    default:
+        return "unknown";
+    }
+}
+
+bool decodedHere(std::uint16_t method) {
+    return method == kLzma || method == kXz || method == kZstd;
+}
+
+void decode(std::uint16_t method, std::string_view data, std::uint64_t declaredSize, std::uint64_t memory,
+            const Sink& sink) {
+    switch (method) {
+    case kLzma:
+        return decodeLzma(data, declaredSize, memory, sink);
+    case kXz:
+        return decodeXz(data, memory, sink);
+    case kZstd:
+        return decodeZstd(data, memory, sink);
+    default:
+        throw std::logic_error("no decoder for method " + std::to_string(method));
+    }
+}
+
+} // namespace opc::zwservices::detail
