@@ -1,13 +1,21 @@
+#include <sys/stat.h>
+
+#include <bzlib.h>
+#include <zlib.h>
+
 #include <cstdint>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "alloc/counting_new.hpp"
 
 #include "opc/file_system_ops_selector.hpp"
 #include "opc/model/package.hpp"
@@ -17,6 +25,7 @@
 #include "storage/microservicestoragesystem/storage_system.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/fault.hpp"
+#include "zwhost/settings.hpp"
 
 namespace {
 
@@ -44,15 +53,40 @@ Leaves readPackage(const std::filesystem::path& file, std::uint64_t limit = kLim
     return leaves;
 }
 
-std::uint32_t crc32(std::string_view bytes) {
-    std::uint32_t crc = 0xFFFFFFFFU;
-    for (const unsigned char byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ (0xEDB88320U & (0U - (crc & 1U)));
-        }
+/** A package opened as the catalogue reader opens one. */
+struct OpenPackage {
+    explicit OpenPackage(const std::filesystem::path& file)
+        : physical(u16(file.string()), selector, true), package(physical), manager(package, selector) {
+        package.open(OpenMode::ReadOnly);
     }
-    return ~crc;
+
+    /** Each leaf's text, or the error that stopped its read after "error: ". */
+    Leaves readEach(std::uint64_t limit, std::uint64_t budget) const {
+        Leaves leaves;
+        for (const opc::zwservices::FileSystemEntry& leaf : manager.getAllLeafs()) {
+            try {
+                leaves.emplace_back(leaf.getPath(), manager.readEntry(leaf, limit, budget));
+            } catch (const PackageError& error) {
+                leaves.emplace_back(leaf.getPath(), std::string("error: ") + error.what());
+            }
+        }
+        return leaves;
+    }
+
+    const opc::FileSystemOpsSelector selector{GetStorageSystemReference()};
+    opc::zippackage::ZipPhysicalPackage physical;
+    opc::model::Package package;
+    const opc::zwservices::FileSystemManager manager;
+};
+
+std::string slurp(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::uint32_t crc32(std::string_view bytes) {
+    return static_cast<std::uint32_t>(
+        ::crc32_z(0, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 void put(std::string& out, std::uint64_t value, int width) {
@@ -71,6 +105,7 @@ struct RawRecord {
     std::optional<std::uint64_t> size = {};
     std::optional<std::uint64_t> compressedSize = {};
     std::optional<std::uint32_t> crc = {};
+    std::uint16_t method = 0;
 };
 
 /** The fields that a local and a central header share, from the version needed on. */
@@ -78,7 +113,7 @@ std::string commonFields(const RawRecord& record) {
     std::string out;
     put(out, 20, 2);
     put(out, record.flags, 2);
-    put(out, 0, 2);
+    put(out, record.method, 2);
     put(out, 0, 4);
     put(out, record.crc.value_or(crc32(record.data)), 4);
     put(out, record.compressedSize.value_or(record.data.size()), 4);
@@ -226,8 +261,7 @@ constexpr std::size_t kSizeField = 22;
     both headers, so that the headers agree and only the data betrays the lie. */
 std::string deflatedWith(const zwtest::TempDir& dir, std::size_t field, std::uint32_t value) {
     const auto source = dir.writeZip("honest.zip", {{"big.json", std::string(100000, 'x')}});
-    std::ifstream in(source, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string bytes = slurp(source);
     std::string lie;
     put(lie, value, 4);
     bytes.replace(field, 4, lie);
@@ -442,6 +476,121 @@ TEST(PackageServices, EveryFaultPointThrowsAndTheNextCallSucceeds) {
         EXPECT_THROW(readPackage(file), zwhost::fault::InjectedFault);
         EXPECT_EQ(zwhost::fault::callsOf(operation), 1U);
         EXPECT_EQ(readPackage(file), (Leaves{{u"a.json", "{}"}}));
+    }
+}
+
+TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
+    const std::filesystem::path data = ZW_TEST_DATA "/zips";
+    const Leaves whole = {{u"cat.json", slurp(data / "src/cat.json")},
+                          {u"docs/cat_ja_JP.json", slurp(data / "src/docs/cat_ja_JP.json")}};
+    const auto unsupported = [](const std::string& method) {
+        const std::string error = "error: compression method " + method + " is not supported";
+        return Leaves{{u"cat.json", error}, {u"docs/cat_ja_JP.json", error}};
+    };
+    const std::map<std::string, Leaves> exceptions = {{"7z-Deflate64.zip", unsupported("9 (Deflate64)")},
+                                                      {"7z-PPMd.zip", unsupported("98 (PPMd)")}};
+    std::ifstream manifest(data / "MANIFEST");
+    int zips = 0;
+    for (std::string line; std::getline(manifest, line); ++zips) {
+        const std::string name = line.substr(0, line.find('\t'));
+        SCOPED_TRACE(name);
+        const OpenPackage open(data / name);
+        const auto exception = exceptions.find(name);
+        EXPECT_EQ(open.readEach(kLimit, opc::zwservices::FileSystemManager::kNoBudget),
+                  exception == exceptions.end() ? whole : exception->second);
+        std::vector<std::u16string> skipped;
+        for (const auto& entry : open.manager.getSkippedEntries()) {
+            EXPECT_EQ(entry.why, opc::zwservices::FileSystemManager::SkippedEntry::Why::DuplicateName);
+            skipped.push_back(entry.path);
+        }
+        EXPECT_EQ(skipped, name == "python-duplicate.zip" ? std::vector<std::u16string>{u"cat.json"}
+                                                          : std::vector<std::u16string>{});
+    }
+    EXPECT_EQ(zips, 23);
+}
+
+std::string bzip2(const std::string& text) {
+    std::string packed(text.size() / 100 + 600, '\0');
+    auto size = static_cast<unsigned>(packed.size());
+    EXPECT_EQ(BZ2_bzBuffToBuffCompress(packed.data(), &size, const_cast<char*>(text.data()),
+                                       static_cast<unsigned>(text.size()), 9, 0, 0),
+              BZ_OK);
+    packed.resize(size);
+    return packed;
+}
+
+TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
+    const zwtest::TempDir dir;
+    constexpr std::uint64_t kMiB = std::uint64_t{1} << 20;
+    const std::string zeros(64 * kMiB, '\0');
+    const std::string packedZeros = bzip2(zeros);
+    const std::uint32_t zerosCrc = crc32(zeros);
+    std::vector<RawRecord> honest;
+    for (int i = 0; i < 65536; ++i) {
+        honest.push_back({.name = std::to_string(i),
+                          .data = packedZeros,
+                          .size = zeros.size(),
+                          .crc = zerosCrc,
+                          .method = 12});
+    }
+    std::vector<RawRecord> liars;
+    for (int i = 0; i < 20; ++i) {
+        liars.push_back({.name = std::to_string(i), .data = "ab", .size = 64 * kMiB});
+    }
+    std::string numbers = "{\"header\": {\"helpFolder\": \"h\"}, \"ignored\": [";
+    for (std::uint64_t i = 0; i < 4 * kMiB; ++i) {
+        numbers += "0,";
+    }
+    numbers += "0]}";
+    const std::string packedNumbers = bzip2(numbers);
+    using Manager = opc::zwservices::FileSystemManager;
+    struct Case {
+        const char* what;
+        std::filesystem::path file;
+        std::uint64_t limit;
+        std::uint64_t mostInflated;
+        const char* refusal;
+    };
+    const std::uint64_t budget = zwhost::settings::kDefaultPackageBudget;
+    const Case cases[] = {
+        {"65,536 bzip2 entries of 64 MiB of zeros", dir.write("zeros.zip", storedZip(honest)), 64 * kMiB,
+         budget, "budget"},
+        {"20 entries that declare 64 MiB and hold 2 bytes", dir.write("liars.zip", storedZip(liars)),
+         64 * kMiB, 40, "cannot read entry 19"},
+        {"a catalogue of 8 MiB of numbers",
+         dir.write("numbers.zip", storedZip({{.name = "a.json",
+                                              .data = packedNumbers,
+                                              .size = numbers.size(),
+                                              .crc = crc32(numbers),
+                                              .method = 12}})),
+         128 * kMiB, std::max(Manager::kRatioFloor, packedNumbers.size() * Manager::kMaxRatio) + (64 << 10),
+         "inflates more than 1024 times"},
+    };
+    for (const Case& bomb : cases) {
+        SCOPED_TRACE(bomb.what);
+        const std::size_t before = zwtest::allocation::liveBytes();
+        zwtest::allocation::resetPeak();
+        const OpenPackage open(bomb.file);
+        const Leaves leaves = open.readEach(bomb.limit, budget);
+        EXPECT_LE(open.manager.inflatedBytes(), bomb.mostInflated);
+        EXPECT_LE(zwtest::allocation::peakBytes() - before, 100 * kMiB);
+        // The first entries of honest zeros fail on their ratio; once the budget is spent, the rest do.
+        for (const auto& [path, text] : leaves) {
+            ASSERT_EQ(text.rfind("error: ", 0), 0U) << text;
+        }
+        EXPECT_NE(leaves.back().second.find(bomb.refusal), std::string::npos) << leaves.back().second;
+    }
+}
+
+TEST(PackageServices, AFifoIsRefusedWithoutWaiting) {
+    const zwtest::TempDir dir;
+    const auto fifo = dir.path() / "p.zip";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    try {
+        OpenPackage open(fifo);
+        ADD_FAILURE() << "a FIFO was opened as a package";
+    } catch (const PackageError& error) {
+        EXPECT_NE(std::string(error.what()).find("not a regular file"), std::string::npos) << error.what();
     }
 }
 

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -197,12 +199,15 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
     EXPECT_EQ(read(file), content);
     EXPECT_EQ(read(tree.write("empty.json", "")), "");
 
+    const fs::path fifo = tree.path() / "fifo.json";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     const std::size_t descriptors = openDescriptors();
     const std::pair<fs::path, std::uint64_t> failures[] = {
         {file, 3},                    // one byte past the limit
         {tree.path() / "missing", 4}, // cannot be opened
         {tree.path(), 4},             // a folder cannot be read
-        {"/dev/zero", 1000},          // declares no size and never ends
+        {"/dev/zero", 1000},          // a device, which never ends
+        {fifo, 4},                    // a FIFO, which no one writes: it must not block
     };
     for (const auto& [path, limit] : failures) {
         zwhost::settings::setReadLimit(limit);
@@ -224,9 +229,9 @@ TEST_F(ReferenceService, ReadsIntoOneAllocationOfTheSizeAndFilesThatDeclareNoneW
     const auto read = [](const fs::path& path) {
         return DocResourceParser::openAndReadFile(ProductPathData(u"a", false, u16(path.native())));
     };
-    // Sizes around the buffer that finds the end of a file.
+    // Sizes around the buffer that a read fills.
     for (const std::size_t size :
-         {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, std::size_t{4097}, std::size_t{100'000}}) {
+         {std::size_t{1}, std::size_t{65535}, std::size_t{65536}, std::size_t{65537}, std::size_t{200'000}}) {
         std::string content(size, 'x');
         content.back() = 'y';
         const std::string bytes = read(tree.write("sized.json", content));

@@ -222,6 +222,10 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
                            detail::methodName(record.method) + ") is not supported");
     }
     Inflation inflation(info, record, limit, budget, inflated_);
+    if (info.size > limit) {
+        throw PackageError(entryText(info) + " is larger than the read limit of " + std::to_string(limit) +
+                           " bytes");
+    }
     if (inflated_ >= budget && info.size > 0) {
         throw inflation.budgetSpent();
     }
