@@ -15,6 +15,7 @@
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/fault.hpp"
+#include "zwhost/product_walk.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
@@ -156,6 +157,34 @@ TEST_F(ReferenceService, FollowsNoLinkToAFolderAndStopsAtDepthSixteen) {
     ASSERT_EQ(found.size(), 18U);
     EXPECT_EQ(found[16], u"L d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/at16.json|at16|0");
     EXPECT_EQ(found[17], u"L linked.json|linked|0");
+}
+
+TEST_F(ReferenceService, ReportsEachPathItPassesOverAndWhy) {
+    using Why = zwhost::reference::LeftOut::Why;
+    const zwtest::TempDir tree;
+    tree.write("bad\xff.json", "{}");
+    tree.write("ok.json", "{}");
+    fs::create_symlink(tree.path() / "gone.json", tree.path() / "dangling.json");
+    fs::create_directory_symlink(tree.path(), tree.path() / "folder.zip");
+    ASSERT_EQ(::mkfifo((tree.path() / "fifo.json").c_str(), 0600), 0);
+    fs::path deep = "d";
+    for (int depth = 1; depth <= 16; ++depth) {
+        deep /= "d";
+    }
+    tree.write(deep / "x.json", "{}");
+    std::vector<std::pair<std::string, Why>> reports;
+    const auto found = zwhost::reference::walkProducts(
+        u16(tree.path().native()), {u"ja_JP"}, u"_ja_JP",
+        [&](const zwhost::reference::LeftOut& left) { reports.emplace_back(left.path, left.why); });
+    EXPECT_EQ(reports, (std::vector<std::pair<std::string, Why>>{
+                           {"bad\xff.json", Why::NotUtf8},
+                           {"d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d", Why::TooDeep},
+                           {"dangling.json", Why::DanglingLink},
+                           {"fifo.json", Why::NotRegularFile},
+                           {"folder.zip", Why::NotRegularFile},
+                       }));
+    EXPECT_EQ(found.looseProducts.size(), 1U);
+    EXPECT_TRUE(found.packageProducts.empty());
 }
 
 TEST_F(ReferenceService, MissingRootIsEmptyAndARootThatCannotBeListedThrows) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <dirent.h>
+#include <sys/stat.h>
 
 #include "native_name.hpp"
 #include "reference/docparser/doc_resource_parser.hpp"
@@ -24,9 +25,9 @@ namespace reference::docparser {
 namespace {
 
 namespace fs = std::filesystem;
+using zwhost::reference::LeftOut;
 using zwhost::reference::detail::fromNative;
 using zwhost::reference::detail::toNative;
-using zwhost::reference::LeftOut;
 using LeftOutFn = std::function<void(const LeftOut&)>;
 
 // Folders nested deeper than this below the root are not read.
@@ -49,63 +50,102 @@ bool isPackageName(std::u16string_view name) {
     return hasExtension(name, u".zip");
 }
 
-using Listing = std::vector<std::pair<std::string, fs::directory_entry>>;
+/** What the walk needs to know of an entry, from readdir's type and at most one stat. */
+enum class Kind { Folder, File, DanglingLink, Other };
 
-// The entries of `folder` by native name in byte order, so that every machine reads alike.
-// Listed with readdir: libstdc++'s directory_iterator allocates inside a noexcept step, so
-// running out of memory there would end the process instead of throwing std::bad_alloc.
-Listing listSorted(const fs::path& folder) {
+using Listing = std::vector<std::pair<std::string, unsigned char>>;
+
+[[noreturn]] void cannotList(const std::string& folder) {
+    throw fs::filesystem_error("cannot list the folder", folder,
+                               std::error_code(errno, std::generic_category()));
+}
+
+// The entries of `folder` by native name in byte order, so that every machine reads alike, with
+// their types as readdir gives them.
+Listing listSorted(const std::string& folder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), &::closedir);
     if (!dir) {
-        throw fs::filesystem_error("cannot list the folder", folder,
-                                   std::error_code(errno, std::generic_category()));
+        cannotList(folder);
     }
     Listing entries;
     for (errno = 0; const dirent* found = ::readdir(dir.get()); errno = 0) {
         const std::string_view name(found->d_name);
         if (name != "." && name != "..") {
-            // An entry that cannot be looked at stays in the list as neither folder nor file.
-            std::error_code ignored;
-            entries.emplace_back(std::string(name), fs::directory_entry(folder / name, ignored));
+            entries.emplace_back(std::string(name), found->d_type);
         }
     }
     if (errno != 0) {
-        throw fs::filesystem_error("cannot list the folder", folder,
-                                   std::error_code(errno, std::generic_category()));
+        cannotList(folder);
     }
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     return entries;
 }
 
+Kind kindOfMode(mode_t mode) {
+    if (S_ISDIR(mode)) {
+        return Kind::Folder;
+    }
+    return S_ISREG(mode) ? Kind::File : Kind::Other;
+}
+
+// A link to a folder is not followed; a link to a file is read as the file. An entry that cannot
+// be looked at counts as neither folder nor file.
+Kind kindOf(const std::string& path, unsigned char type) {
+    struct stat info {};
+    switch (type) {
+    case DT_DIR:
+        return Kind::Folder;
+    case DT_REG:
+        return Kind::File;
+    case DT_LNK:
+        break;
+    case DT_UNKNOWN:
+        if (::lstat(path.c_str(), &info) != 0) {
+            return Kind::Other;
+        }
+        if (!S_ISLNK(info.st_mode)) {
+            return kindOfMode(info.st_mode);
+        }
+        break;
+    default:
+        return Kind::Other;
+    }
+    if (::stat(path.c_str(), &info) != 0) {
+        return errno == ENOENT ? Kind::DanglingLink : Kind::Other;
+    }
+    return S_ISREG(info.st_mode) ? Kind::File : Kind::Other;
+}
+
 class Walk {
 public:
-    Walk(const std::vector<std::u16string>& locales, const std::u16string& localeSuffix, const LeftOutFn& leftOut)
+    Walk(const std::vector<std::u16string>& locales, const std::u16string& localeSuffix,
+         const LeftOutFn& leftOut)
         : locales_(locales), localeSuffix_(localeSuffix), leftOut_(leftOut) {}
 
-    void folder(const Listing& entries, const std::u16string& path, const std::string& relative, int depth) {
-        for (const auto& [nativeName, entry] : entries) {
+    void folder(const Listing& entries, const std::string& native, const std::u16string& path,
+                const std::string& relative, int depth) {
+        for (const auto& [nativeName, type] : entries) {
             const std::string childRelative = relative.empty() ? nativeName : relative + '/' + nativeName;
             const std::optional<std::u16string> name = fromNative(nativeName);
             if (!name) {
                 report(childRelative, LeftOut::Why::NotUtf8, {});
                 continue;
             }
-            std::u16string childPath = path + u'/' + *name;
-            std::error_code error;
-            const fs::file_type linkType = entry.symlink_status(error).type();
-            if (linkType == fs::file_type::directory) {
+            const std::string childNative = native + '/' + nativeName;
+            const Kind kind = kindOf(childNative, type);
+            if (kind == Kind::Folder) {
                 if (depth < kMaxDepth) {
-                    subfolder(entry.path(), childPath, childRelative, depth + 1);
+                    subfolder(childNative, path + u'/' + *name, childRelative, depth + 1);
                 } else {
                     report(childRelative, LeftOut::Why::TooDeep, {});
                 }
-            } else if (entry.is_regular_file(error)) {
+            } else if (kind == Kind::File) {
                 if (isPackageName(*name)) {
-                    add(products_.packageProducts, *name, std::move(childPath));
+                    add(products_.packageProducts, *name, path + u'/' + *name);
                 } else if (isCatalogueName(*name)) {
-                    add(products_.looseProducts, *name, std::move(childPath));
+                    add(products_.looseProducts, *name, path + u'/' + *name);
                 }
-            } else if (linkType == fs::file_type::symlink && !fs::exists(entry.path(), error)) {
+            } else if (kind == Kind::DanglingLink) {
                 report(childRelative, LeftOut::Why::DanglingLink, {});
             } else if (isPackageName(*name) || isCatalogueName(*name)) {
                 report(childRelative, LeftOut::Why::NotRegularFile, {});
@@ -122,7 +162,8 @@ private:
         }
     }
 
-    void subfolder(const fs::path& native, const std::u16string& path, const std::string& relative, int depth) {
+    void subfolder(const std::string& native, const std::u16string& path, const std::string& relative,
+                   int depth) {
         Listing entries;
         try {
             entries = listSorted(native);
@@ -132,7 +173,7 @@ private:
             report(relative, LeftOut::Why::Unlistable, error.code().message());
             return;
         }
-        folder(entries, path, relative, depth);
+        folder(entries, native, path, relative, depth);
     }
 
     void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
@@ -191,7 +232,7 @@ namespace zwhost::reference {
         path.pop_back();
     }
     Walk walk(locales, localeSuffix, leftOut);
-    walk.folder(listSorted(native), path, {}, 0);
+    walk.folder(listSorted(native.native()), native.native(), path, {}, 0);
     return walk.take();
 }
 
