@@ -9,8 +9,8 @@
 
 namespace zwhost::settings {
 
-/** The read limit a fresh process starts with: 16 MiB, whose JSON tree can cost up to about
-    forty times as much memory while it is parsed. */
+/** The read limit a fresh process starts with: 16 MiB. The JSON tree of a catalogue can hold
+    up to about 26 times its text while it is parsed, so one catalogue costs at most about 440 MB. */
 inline constexpr std::uint64_t kDefaultReadLimit = std::uint64_t{16} << 20;
 
 /** The package budget a fresh process starts with: four times the default read limit. */
