@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -33,11 +34,29 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
     if (declared > limit) {
         fail("file exceeds the read limit", path, EFBIG);
     }
-    // The size only sizes the allocation: the file may change while it is read. Bytes are read
-    // into a buffer on the stack and appended, so that none is zero-filled before it is written,
-    // and a file that grew since is read up to one buffer past the limit.
+    // The size only sizes the allocation and the reads: the file may change while it is read.
+    // A file that fits the buffer on the stack is read there and appended, so that none of its
+    // bytes is zero-filled first; a larger one is read in place in one call, as the zero-filling
+    // of its string costs less than the many calls a stack buffer would take. A file that grew
+    // since is read up to one buffer past the limit.
     std::string bytes;
-    bytes.reserve(static_cast<std::size_t>(declared));
+    if (declared > kChunk) {
+        bytes.resize(static_cast<std::size_t>(declared));
+        std::size_t filled = 0;
+        while (filled < bytes.size()) {
+            const ssize_t got = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
+            if (got < 0 && errno != EINTR) {
+                fail("cannot read", path, errno);
+            }
+            if (got == 0) {
+                break;
+            }
+            filled += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        }
+        bytes.resize(filled);
+    } else {
+        bytes.reserve(static_cast<std::size_t>(declared));
+    }
     char chunk[kChunk];
     for (;;) {
         const ssize_t got = ::read(file.get(), chunk, sizeof chunk);
@@ -47,12 +66,15 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
             }
             fail("cannot read", path, errno);
         }
-        if (got == 0) {
-            return bytes;
-        }
-        bytes.append(chunk, static_cast<std::size_t>(got));
+        bytes.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         if (bytes.size() > limit) {
             fail("file exceeds the read limit", path, EFBIG);
+        }
+        // A short read of a regular file is its end, once the size it declared has been read; a
+        // file of the kernel that declares no size is read until a read gives nothing.
+        if (got == 0 ||
+            (declared > 0 && bytes.size() >= declared && static_cast<std::size_t>(got) < sizeof chunk)) {
+            return bytes;
         }
     }
 }
