@@ -14,7 +14,9 @@
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "native_name.hpp"
 #include "reference/docparser/doc_resource_parser.hpp"
@@ -61,21 +63,37 @@ using Listing = std::vector<std::pair<std::string, unsigned char>>;
 }
 
 // The entries of `folder` by native name in byte order, so that every machine reads alike, with
-// their types as readdir gives them.
+// their types as the folder gives them. Read with getdents64 into a buffer on the stack: opendir
+// would add a stat of the folder and a heap buffer, and libstdc++'s directory_iterator allocates
+// inside a noexcept step, so running out of memory there would end the process.
 Listing listSorted(const std::string& folder) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder.c_str()), &::closedir);
-    if (!dir) {
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
         cannotList(folder);
     }
+    const std::unique_ptr<const int, void (*)(const int*)> closing(&fd,
+                                                                   [](const int* open) { ::close(*open); });
     Listing entries;
-    for (errno = 0; const dirent* found = ::readdir(dir.get()); errno = 0) {
-        const std::string_view name(found->d_name);
-        if (name != "." && name != "..") {
-            entries.emplace_back(std::string(name), found->d_type);
+    alignas(dirent64) char buffer[32 << 10];
+    for (;;) {
+        const ssize_t got = ::getdents64(fd, buffer, sizeof buffer);
+        if (got < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            cannotList(folder);
         }
-    }
-    if (errno != 0) {
-        cannotList(folder);
+        if (got == 0) {
+            break;
+        }
+        for (ssize_t at = 0; at < got;) {
+            const auto* found = reinterpret_cast<const dirent64*>(buffer + at);
+            const std::string_view name(found->d_name);
+            if (name != "." && name != "..") {
+                entries.emplace_back(std::string(name), found->d_type);
+            }
+            at += found->d_reclen;
+        }
     }
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     return entries;
