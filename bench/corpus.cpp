@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -399,53 +400,96 @@ std::string helpFolderName(std::size_t index) {
 }
 
 /** How a help folder's catalogues are installed: loose files, one package holding all three,
-    or one package per language. */
-enum class Form { Loose, OnePackage, PackagePerLanguage };
+    or one package per language; or an English catalogue alone, in a package or loose. */
+enum class Form { Loose, OnePackage, PackagePerLanguage, EnglishPackage, EnglishLoose };
 
 Form formOf(std::size_t index) {
     return static_cast<Form>(index % 3);
 }
 
-} // namespace
+/** What a tree holds: how many help folders, the English size and the form of each. */
+struct Layout {
+    std::string name;
+    std::size_t folders;
+    std::function<std::size_t(std::size_t)> englishBytes;
+    std::function<Form(std::size_t)> form;
+    // Whether folders and packages also hold a file that is no catalogue, and packages keep
+    // their catalogues in a folder.
+    bool extras = false;
+};
 
-Tree generateTree(const fs::path& cache, unsigned scale) {
+Layout layoutOf(Shape shape) {
+    const auto between = [](std::size_t low, std::size_t high) {
+        return [low, high](std::size_t index) { return Random(index * 31 + 7).between(low, high); };
+    };
+    // Half loose, a quarter one package, a quarter one package per language.
+    const auto mixed = [](std::size_t index) {
+        const std::size_t quarter = index % 4;
+        return quarter < 2 ? Form::Loose : quarter == 2 ? Form::OnePackage : Form::PackagePerLanguage;
+    };
+    const auto always = [](Form form) { return [form](std::size_t) { return form; }; };
+    switch (shape) {
+    case Shape::Small400:
+        return {"small400", 400, between(5'000, 40'000), mixed};
+    case Shape::Small800:
+        return {"small800", 800, between(5'000, 40'000), mixed};
+    case Shape::Small1600:
+        return {"small1600", 1600, between(5'000, 40'000), mixed};
+    case Shape::Large20:
+        return {"large20", 20, between(1'000'000, 2'000'000), mixed};
+    case Shape::Packages2000:
+        return {"packages2000", 2000, between(5'000, 40'000), always(Form::EnglishPackage)};
+    case Shape::Loose2000:
+        return {"loose2000", 2000, between(5'000, 40'000), always(Form::EnglishLoose)};
+    }
+    throw std::logic_error("no such shape");
+}
+
+Tree generateLayout(const fs::path& cache, const Layout& layout) {
     const std::string current = std::string("_") + kCurrentLocale;
     const std::string other = std::string("_") + kOtherLocale;
     Tree tree;
-    tree.root = cache / (std::string(kGeneratorVersion) + "-x" + std::to_string(scale));
+    tree.root = cache / (std::string(kGeneratorVersion) + "-" + layout.name);
     const fs::path complete = tree.root / ".complete";
     const bool present = fs::exists(complete);
     if (!present) {
         fs::remove_all(tree.root);
     }
-    for (std::size_t index = 0; index < kBaseFolders * scale; ++index) {
+    for (std::size_t index = 0; index < layout.folders; ++index) {
         const std::string helpFolder = helpFolderName(index);
         const fs::path folder = tree.root / helpFolder;
         const std::string stem = helpFolder + "_examples";
+        const std::string inner = layout.extras ? "catalog/" + stem : stem;
+        const Form form = layout.form(index);
         CatalogueFamily family;
         if (!present) {
-            family = makeCatalogueFamily(helpFolder, index + 1, kEnglishSizes[index % kEnglishSizes.size()]);
+            family = makeCatalogueFamily(helpFolder, index + 1, layout.englishBytes(index));
         }
-        switch (formOf(index)) {
+        switch (form) {
         case Form::Loose:
             if (!present) {
                 writeFile(folder / "examples.json", family.english);
                 writeFile(folder / ("examples" + current + ".json"), family.japanese);
                 writeFile(folder / ("examples" + other + ".json"), family.chinese);
-                writeFile(folder / "images" / "README.txt", "Thumbnails of the examples.\n");
+                if (layout.extras) {
+                    writeFile(folder / "images" / "README.txt", "Thumbnails of the examples.\n");
+                }
             }
             tree.looseFiles.push_back(folder / "examples.json");
             tree.looseFiles.push_back(folder / ("examples" + current + ".json"));
             break;
         case Form::OnePackage:
             if (!present) {
-                writeZip(folder / (stem + ".zip"), {{"catalog/" + stem + ".json", family.english},
-                                                    {"catalog/" + stem + current + ".json", family.japanese},
-                                                    {"catalog/" + stem + other + ".json", family.chinese},
-                                                    {"README.txt", "Examples of " + helpFolder + ".\n"}});
+                std::vector<std::pair<std::string, std::string>> entries = {
+                    {inner + ".json", family.english},
+                    {inner + current + ".json", family.japanese},
+                    {inner + other + ".json", family.chinese}};
+                if (layout.extras) {
+                    entries.emplace_back("README.txt", "Examples of " + helpFolder + ".\n");
+                }
+                writeZip(folder / (stem + ".zip"), entries);
             }
-            tree.packages.push_back({folder / (stem + ".zip"),
-                                     {"catalog/" + stem + ".json", "catalog/" + stem + current + ".json"}});
+            tree.packages.push_back({folder / (stem + ".zip"), {inner + ".json", inner + current + ".json"}});
             break;
         case Form::PackagePerLanguage:
             if (!present) {
@@ -456,12 +500,48 @@ Tree generateTree(const fs::path& cache, unsigned scale) {
             tree.packages.push_back({folder / (stem + ".zip"), {stem + ".json"}});
             tree.packages.push_back({folder / (stem + current + ".zip"), {stem + current + ".json"}});
             break;
+        case Form::EnglishPackage:
+            if (!present) {
+                writeZip(folder / (stem + ".zip"), {{stem + ".json", family.english}});
+            }
+            tree.packages.push_back({folder / (stem + ".zip"), {stem + ".json"}});
+            break;
+        case Form::EnglishLoose:
+            if (!present) {
+                writeFile(folder / "examples.json", family.english);
+            }
+            tree.looseFiles.push_back(folder / "examples.json");
+            break;
         }
     }
     if (!present) {
         writeFile(complete, "");
     }
+    // A parse reads packages and loose files in the walk's order: by path in byte order.
+    std::sort(tree.packages.begin(), tree.packages.end(),
+              [](const auto& a, const auto& b) { return a.file.native() < b.file.native(); });
+    std::sort(tree.looseFiles.begin(), tree.looseFiles.end(),
+              [](const auto& a, const auto& b) { return a.native() < b.native(); });
     return tree;
+}
+
+} // namespace
+
+Tree generateTree(const fs::path& cache, unsigned scale) {
+    // Built in two steps: "x" + std::to_string trips GCC 12's false -Wrestrict.
+    std::string name = "x";
+    name += std::to_string(scale);
+    return generateLayout(
+        cache, {std::move(name), kBaseFolders * scale,
+                [](std::size_t index) { return kEnglishSizes[index % kEnglishSizes.size()]; }, formOf, true});
+}
+
+Tree generateTree(const fs::path& cache, Shape shape) {
+    return generateLayout(cache, layoutOf(shape));
+}
+
+std::string shapeName(Shape shape) {
+    return layoutOf(shape).name;
 }
 
 } // namespace zwbench

@@ -43,4 +43,16 @@ inline constexpr const char* kOtherLocale = "zh_CN";
     written on first use and reused after; a scale of 4 holds about 100 MB. */
 Tree generateTree(const std::filesystem::path& cache, unsigned scale);
 
+/** The trees of installations as they are found: many help folders of small catalogues (5 to
+    40 KB, half loose, a quarter one package of all languages, a quarter one package per
+    language), a few of large ones (1 to 2 MB, the same mix), and English catalogues alone, each
+    in its own package or loose. */
+enum class Shape { Small400, Small800, Small1600, Large20, Packages2000, Loose2000 };
+
+/** The tree of `shape` under `cache`, written on first use and reused after. */
+Tree generateTree(const std::filesystem::path& cache, Shape shape);
+
+/** A short name of `shape`, such as "small400". */
+std::string shapeName(Shape shape);
+
 } // namespace zwbench

@@ -1,8 +1,11 @@
 // The library against its floor and a peer: one large catalogue parsed three ways, and whole
 // documentation trees read by the full call and by the least work that reading them takes.
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +21,7 @@
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 #include <malloc.h>
+#include <unistd.h>
 #include <zip.h>
 
 #include "allocation_counter.hpp"
@@ -168,14 +172,36 @@ fs::path cacheFolder() {
                                                 : fs::temp_directory_path() / "docparser_bench";
 }
 
-const zwbench::Tree& treeOf(std::int64_t scale) {
+// Arguments of the tree benchmarks from here on name a shape of zwbench::Shape; below, a scale
+// of the base corpus.
+constexpr std::int64_t kFirstShape = 100;
+
+bool isShape(std::int64_t argument) {
+    return argument >= kFirstShape;
+}
+
+zwbench::Shape shapeOf(std::int64_t argument) {
+    return static_cast<zwbench::Shape>(argument - kFirstShape);
+}
+
+const zwbench::Tree& treeOf(std::int64_t argument) {
     static std::map<std::int64_t, zwbench::Tree> trees;
-    auto found = trees.find(scale);
+    auto found = trees.find(argument);
     if (found == trees.end()) {
-        found =
-            trees.emplace(scale, zwbench::generateTree(cacheFolder(), static_cast<unsigned>(scale))).first;
+        found = trees
+                    .emplace(argument,
+                             isShape(argument)
+                                 ? zwbench::generateTree(cacheFolder(), shapeOf(argument))
+                                 : zwbench::generateTree(cacheFolder(), static_cast<unsigned>(argument)))
+                    .first;
     }
     return found->second;
+}
+
+void labelTree(benchmark::State& state) {
+    if (isShape(state.range(0))) {
+        state.SetLabel(zwbench::shapeName(shapeOf(state.range(0))));
+    }
 }
 
 std::string readWholeFile(const fs::path& file) {
@@ -252,6 +278,7 @@ void BM_TreeFloor(benchmark::State& state) {
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+    labelTree(state);
 }
 
 /** The floor plus the owned strings of BM_OwnedStringsFloor for every catalogue of the tree: the
@@ -272,6 +299,7 @@ void BM_TreeFloorWithStrings(benchmark::State& state) {
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+    labelTree(state);
 }
 
 /** The part of a full call beyond making its records that reading a localised tree cannot
@@ -340,6 +368,7 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
     state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
     state.counters["catalogues"] = static_cast<double>(catalogues);
+    labelTree(state);
 
     // One more call, untimed, for the memory: the most it held at once against what it gives.
     std::int64_t resultBytes = 0;
@@ -356,17 +385,118 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     state.counters["largest_MB"] = static_cast<double>(size.largest) / 1e6;
 }
 
+/** The whole read done by plain code, the way a caller would write it without the library or
+    the host: a std::filesystem walk, libzip, the records of BM_BoostJsonRecords and a std::map
+    merged by the same rules (packages first, a localised catalogue over an English one). */
+example::docparser::ExampleCatalogues readPlainly(const fs::path& root) {
+    const std::string current = std::string("_") + zwbench::kCurrentLocale + ".json";
+    const auto wanted = [&](const std::string& name) {
+        if (!name.ends_with(".json")) {
+            return false;
+        }
+        for (const char* locale : {"_ja_JP.json", "_ko_KR.json", "_zh_CN.json"}) {
+            if (name.ends_with(locale)) {
+                return name.ends_with(current);
+            }
+        }
+        return true;
+    };
+    std::vector<fs::path> packages;
+    std::vector<fs::path> loose;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
+        if (!entry.is_regular_file()) {
+            continue;
+        }
+        const std::string name = entry.path().filename().string();
+        if (name.ends_with(".zip") && wanted(name.substr(0, name.size() - 4) + ".json")) {
+            packages.push_back(entry.path());
+        } else if (wanted(name)) {
+            loose.push_back(entry.path());
+        }
+    }
+    std::sort(packages.begin(), packages.end());
+    std::sort(loose.begin(), loose.end());
+    example::docparser::ExampleCatalogues result;
+    const auto merge = [&](const std::string& text, bool localised) {
+        example::docparser::ExampleCatalogues parsed = zwbench::parseWithBoostJson(text);
+        for (auto& [key, resource] : parsed) {
+            const auto [held, added] = result.try_emplace(key, std::move(resource));
+            if (!added) {
+                if (localised) {
+                    std::swap(held->second, resource);
+                }
+                held->second.items.merge(resource.items);
+            }
+        }
+    };
+    const auto localised = [&](const std::string& name) { return name.ends_with(current); };
+    for (const fs::path& file : packages) {
+        int error = 0;
+        const std::unique_ptr<zip_t, ZipClose> archive(zip_open(file.c_str(), ZIP_RDONLY, &error));
+        if (!archive) {
+            continue;
+        }
+        const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
+        for (zip_int64_t index = 0; index < count; ++index) {
+            zip_stat_t stat;
+            if (zip_stat_index(archive.get(), static_cast<zip_uint64_t>(index), 0, &stat) != 0 ||
+                !wanted(fs::path(stat.name).filename().string())) {
+                continue;
+            }
+            std::string text(stat.size, '\0');
+            const std::unique_ptr<zip_file_t, EntryClose> entry(
+                zip_fopen_index(archive.get(), static_cast<zip_uint64_t>(index), 0));
+            if (entry &&
+                zip_fread(entry.get(), text.data(), text.size()) == static_cast<zip_int64_t>(text.size())) {
+                merge(text, localised(stat.name));
+            }
+        }
+    }
+    for (const fs::path& file : loose) {
+        merge(readWholeFile(file), localised(file.filename().string()));
+    }
+    return result;
+}
+
+void BM_PlainReader(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    std::size_t catalogues = 0;
+    for (auto _ : state) {
+        example::docparser::ExampleCatalogues result = readPlainly(tree.root);
+        discardUntimed(state, std::move(result), [&](const auto& held) { catalogues = held.size(); });
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    state.counters["MB"] = static_cast<double>(size.bytes) / 1e6;
+    state.counters["catalogues"] = static_cast<double>(catalogues);
+    labelTree(state);
+}
+
+/** The arguments of the realistic trees. */
+void shapes(benchmark::internal::Benchmark* benchmark) {
+    for (std::int64_t shape = 0; shape <= static_cast<std::int64_t>(zwbench::Shape::Loose2000); ++shape) {
+        benchmark->Arg(kFirstShape + shape);
+    }
+}
+
+/** The arguments of the scaled base corpus, then of the realistic trees. */
+void scalesAndShapes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(1)->Arg(2)->Arg(4);
+    shapes(benchmark);
+}
+
 // Two seconds of runs for each, as scripts/bench gives each benchmark a few short processes.
 BENCHMARK(BM_RawBoostJsonParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_ParseExampleCatalogue)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_OwnedStringsFloor)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_NlohmannRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_BoostJsonRecords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2.0);
-BENCHMARK(BM_TreeFloor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
-BENCHMARK(BM_TreeFloorWithStrings)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_TreeFloor)->Apply(scalesAndShapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_TreeFloorWithStrings)->Apply(scalesAndShapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 // Each run parses the whole tree with the clock stopped, so a fixed number of runs keeps this short.
 BENCHMARK(BM_DropReplacedRecords)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->Iterations(10);
-BENCHMARK(BM_GetDocExampleFiles)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_GetDocExampleFiles)->Apply(scalesAndShapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_PlainReader)->Apply(shapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace
 
@@ -379,6 +509,21 @@ int main(int argc, char** argv) {
     // The trees hold English, Japanese and Chinese catalogues; Japanese is read, Chinese left out.
     zwhost::settings::setSupportedDocLocales({u"ja_JP", u"ko_KR", u"zh_CN"});
     zwhost::settings::setCurrentLocale(zwhost::unicode::utf8ToUtf16(zwbench::kCurrentLocale));
+    // `docparser_bench --one-call=ARG` makes one full call on the tree of ARG between two marks
+    // that scripts/bench finds in strace's output, and prints how many catalogues it read.
+    if (argc == 2 && std::string_view(argv[1]).starts_with("--one-call=")) {
+        const zwbench::Tree& tree = treeOf(std::stoll(argv[1] + std::strlen("--one-call=")));
+        const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
+        ::access("/zw-bench-call-begins", F_OK);
+        const auto result = example::docparser::DocExampleParser::getDocExampleFiles(root);
+        ::access("/zw-bench-call-ends", F_OK);
+        std::size_t read = tree.looseFiles.size();
+        for (const zwbench::PackageToRead& package : tree.packages) {
+            read += package.entries.size();
+        }
+        std::printf("%zu\n", read);
+        return result.empty() ? 1 : 0;
+    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;

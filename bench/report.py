@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 """Prints the table of docparser_bench runs (Google Benchmark JSON) with the ratios they are judged by.
 
-Usage: report.py RESULTS.json...
+Usage: report.py RESULTS.json... [syscalls.json]
 Each benchmark is judged by its run of least CPU time over all the files; the median is shown beside it.
+syscalls.json, written by scripts/bench, maps each realistic tree's argument to the system calls of
+one full call and the catalogues it read.
 """
 import json
 import re
@@ -11,7 +13,12 @@ import sys
 # The order of the tables: the single catalogue, then the trees.
 FAMILIES = ["BM_RawBoostJsonParse", "BM_ParseExampleCatalogue", "BM_OwnedStringsFloor", "BM_NlohmannRecords",
             "BM_BoostJsonRecords", "BM_TreeFloor", "BM_TreeFloorWithStrings", "BM_DropReplacedRecords",
-            "BM_GetDocExampleFiles"]
+            "BM_GetDocExampleFiles", "BM_PlainReader"]
+
+# The realistic trees, by their benchmark argument (zwbench::Shape from 100 on), and whether the
+# full call is held to 1.25 times the floor with strings on them.
+SHAPES = {"100": ("small400", True), "101": ("small800", True), "102": ("small1600", True),
+          "103": ("large20", True), "104": ("packages2000", False), "105": ("loose2000", False)}
 
 
 def order(name):
@@ -23,8 +30,12 @@ def order(name):
 
 def main() -> int:
     runs = {}
+    syscalls = {}
     for path in sys.argv[1:]:
         with open(path, encoding="utf-8") as handle:
+            if path.endswith("syscalls.json"):
+                syscalls = json.load(handle)
+                continue
             for run in json.load(handle)["benchmarks"]:
                 if run.get("error_occurred"):
                     print(f"{run['run_name']} failed: {run.get('error_message', '')}", file=sys.stderr)
@@ -85,9 +96,16 @@ def main() -> int:
         check(f"parse / nlohmann throughput ({language})",
               lambda: throughput(f"BM_ParseExampleCatalogue/{arg}") / throughput(f"BM_NlohmannRecords/{arg}"),
               ">=", 5.0)
-    for scale in ("1", "2", "4"):
-        check(f"full call / floor time ({scale}x)",
-              lambda: millis(f"BM_GetDocExampleFiles/{scale}") / millis(f"BM_TreeFloor/{scale}"), "<=", 1.3)
+    for arg, (shape, held) in SHAPES.items():
+        if held:
+            check(f"full call / floor with strings ({shape})",
+                  lambda: millis(f"BM_GetDocExampleFiles/{arg}") / millis(f"BM_TreeFloorWithStrings/{arg}"),
+                  "<=", 1.25)
+        check(f"full call / plain reader ({shape})",
+              lambda: millis(f"BM_GetDocExampleFiles/{arg}") / millis(f"BM_PlainReader/{arg}"), "<=", 1.0)
+        if arg in syscalls:
+            calls, catalogues = syscalls[arg]
+            check(f"system calls per catalogue ({shape})", lambda: calls / catalogues, "<=", 8.0)
     for low, high in (("1", "2"), ("2", "4")):
         check(f"full call time {high}x / {low}x",
               lambda: millis(f"BM_GetDocExampleFiles/{high}") / millis(f"BM_GetDocExampleFiles/{low}"), "<=", 2.2)
@@ -135,6 +153,22 @@ def main() -> int:
         print("|---|---:|---:|---:|")
         for what, value, library, target in plain:
             print(f"| {what} | {value:.2f} | {library:.2f} | {target} |")
+
+    trees = []
+    for arg, (shape, _) in SHAPES.items():
+        row = measured(lambda: (millis(f"BM_GetDocExampleFiles/{arg}"), millis(f"BM_TreeFloor/{arg}"),
+                                millis(f"BM_TreeFloorWithStrings/{arg}"), millis(f"BM_PlainReader/{arg}"),
+                                rows[f"BM_GetDocExampleFiles/{arg}"]["MB"]))
+        if row is not None:
+            calls = syscalls.get(arg)
+            trees.append((shape, *row, f"{calls[0] / calls[1]:.1f}" if calls else "-"))
+    if trees:
+        print()
+        print("| Tree | MB | Full call (ms) | / floor | / floor with strings | / plain reader | Calls per catalogue |")
+        print("|---|---:|---:|---:|---:|---:|---:|")
+        for shape, full, floor, strings, plainReader, megabytes, calls in trees:
+            print(f"| {shape} | {megabytes:.1f} | {full:.1f} | {full / floor:.2f} | {full / strings:.2f} "
+                  f"| {full / plainReader:.2f} | {calls} |")
 
     if not checks:
         return 0
