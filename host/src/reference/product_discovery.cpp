@@ -29,7 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 using zwhost::reference::LeftOut;
 using zwhost::reference::detail::fromNative;
-using zwhost::reference::detail::toNative;
 using LeftOutFn = std::function<void(const LeftOut&)>;
 
 // Folders nested deeper than this below the root are not read.
@@ -99,6 +98,15 @@ Listing listSorted(const std::string& folder) {
     return entries;
 }
 
+std::string joined(const std::string& folder, const std::string& name) {
+    std::string path;
+    path.reserve(folder.size() + 1 + name.size());
+    path += folder;
+    path += '/';
+    path += name;
+    return path;
+}
+
 Kind kindOfMode(mode_t mode) {
     if (S_ISDIR(mode)) {
         return Kind::Folder;
@@ -143,13 +151,13 @@ public:
     void folder(const Listing& entries, const std::string& native, const std::u16string& path,
                 const std::string& relative, int depth) {
         for (const auto& [nativeName, type] : entries) {
-            const std::string childRelative = relative.empty() ? nativeName : relative + '/' + nativeName;
+            const std::string childRelative = relative.empty() ? nativeName : joined(relative, nativeName);
             const std::optional<std::u16string> name = fromNative(nativeName);
             if (!name) {
                 report(childRelative, LeftOut::Why::NotUtf8, {});
                 continue;
             }
-            const std::string childNative = native + '/' + nativeName;
+            const std::string childNative = joined(native, nativeName);
             const Kind kind = kindOf(childNative, type);
             if (kind == Kind::Folder) {
                 if (depth < kMaxDepth) {
