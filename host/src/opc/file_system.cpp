@@ -90,6 +90,11 @@ Listing listEntries(const Contents& contents, bool wantLeaves) {
     return listing;
 }
 
+PackageError budgetSpent(const FileSystemEntry::Info& info, std::uint64_t budget) {
+    return PackageError(entryText(info) + " is not read: the package has inflated its budget of " +
+                        std::to_string(budget) + " bytes");
+}
+
 /** The text of one entry as it is inflated, held to the read limit, the package's budget and a
     sane inflation ratio. */
 class Inflation {
@@ -118,15 +123,10 @@ public:
         }
         if (size > budget_ - inflated_) {
             inflated_ = budget_;
-            throw budgetSpent();
+            throw budgetSpent(info_, budget_);
         }
         inflated_ += size;
         text_.append(data, size);
-    }
-
-    PackageError budgetSpent() const {
-        return PackageError(entryText(info_) + " is not read: the package has inflated its budget of " +
-                            std::to_string(budget_) + " bytes");
     }
 
     std::string finish() {
@@ -221,14 +221,15 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
         throw PackageError("compression method " + std::to_string(record.method) + " (" +
                            detail::methodName(record.method) + ") is not supported");
     }
-    Inflation inflation(info, record, limit, budget, inflated_);
     if (info.size > limit) {
         throw PackageError(entryText(info) + " is larger than the read limit of " + std::to_string(limit) +
                            " bytes");
     }
+    // Checked before the text's first room is taken, so that a spent package costs nothing more.
     if (inflated_ >= budget && info.size > 0) {
-        throw inflation.budgetSpent();
+        throw budgetSpent(info, budget);
     }
+    Inflation inflation(info, record, limit, budget, inflated_);
     if (byLibzip) {
         inflateWithLibzip(contents.archive.get(), info, inflation);
     } else {
