@@ -19,7 +19,7 @@ struct LeftOut {
         TooDeep,        // a folder below the depth limit
         Unlistable,     // a folder that cannot be listed
     };
-    std::string path;   // relative to the root, native bytes as they stand on disk
+    std::string path; // relative to the root, native bytes as they stand on disk
     Why why;
     std::string detail; // the system's own words where there are some, else empty
 };
