@@ -11,6 +11,9 @@ install(TARGETS docparser ${zw_host_libraries}
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(ZW_BUILD_TOOLS)
   install(TARGETS exampledoc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.bash"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME exampledoc)
 endif()
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" "${PROJECT_SOURCE_DIR}/host/include/"

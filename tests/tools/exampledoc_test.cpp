@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <map>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include <boost/json/parse.hpp>
@@ -295,6 +298,65 @@ TEST_F(Exampledoc, JsonIsWrittenAsBeforeByteForByte) {
         zwtest::catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}}));
     const Outcome odd = run({"list", "--root", dir.path().string(), "--locale", "en_US", "--json"});
     EXPECT_EQ(odd.out, boost::json::serialize(boost::json::parse(odd.out)) + '\n');
+}
+
+TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
+    using Names = std::set<std::string>;
+    std::map<std::string, Names> expected;
+    Names commands = {"help"};
+    for (const auto& command : exampledoc::commandSpellings()) {
+        expected[command.name] = Names(command.options.begin(), command.options.end());
+        commands.insert(command.name);
+    }
+    Names common = expected.begin()->second;
+    for (const auto& [name, options] : expected) {
+        std::erase_if(common, [&](const std::string& option) { return !options.contains(option); });
+    }
+
+    // The manual page defines each command, and each option in the section of its command or in
+    // "Every command" for the options that all commands share, in a .TP paragraph.
+    const std::string manual = readFile(std::filesystem::path(ZW_TOOL_DIR) / "exampledoc.1");
+    const std::regex heading(R"re(\.S[HS] "?(exampledoc )?([^"]*)"?)re");
+    const std::regex commandName(R"re(^\.B[IR]? "?(\w+))re");
+    const std::regex option(R"re(\\-\\-([a-z][a-z-]*))re");
+    std::map<std::string, Names> documented;
+    std::string section;
+    bool definition = false;
+    std::istringstream lines(manual);
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch match;
+        if (std::regex_match(line, match, heading)) {
+            section = match[2];
+        } else if (definition && section == "COMMANDS" && std::regex_search(line, match, commandName)) {
+            documented[section].insert(match[1]);
+        } else if (definition) {
+            for (auto it = std::sregex_iterator(line.begin(), line.end(), option);
+                 it != std::sregex_iterator(); ++it) {
+                documented[section].insert("--" + (*it)[1].str());
+            }
+        }
+        definition = line == ".TP";
+    }
+    EXPECT_EQ(documented["COMMANDS"], commands);
+    EXPECT_EQ(documented["Every command"], common);
+    EXPECT_EQ(documented["\\-\\-version"], Names{"--version"});
+    for (const auto& [name, options] : expected) {
+        Names specific;
+        std::set_difference(options.begin(), options.end(), common.begin(), common.end(),
+                            std::inserter(specific, specific.end()));
+        EXPECT_EQ(documented[name], specific) << name;
+    }
+
+    const std::string completion = readFile(std::filesystem::path(ZW_TOOL_DIR) / "exampledoc.bash");
+    std::map<std::string, Names> completed;
+    const std::regex commandOptions(R"re((\w+)\) opts="([^"]*)")re");
+    for (auto it = std::sregex_iterator(completion.begin(), completion.end(), commandOptions);
+         it != std::sregex_iterator(); ++it) {
+        std::istringstream words((*it)[2].str());
+        completed[(*it)[1].str()] = Names(std::istream_iterator<std::string>(words), {});
+    }
+    EXPECT_EQ(completed, expected);
+    EXPECT_NE(completion.find("commands=\"check coverage help list show\""), std::string::npos);
 }
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {
