@@ -309,8 +309,8 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
         commands.insert(command.name);
     }
     Names common = expected.begin()->second;
-    for (const auto& [name, options] : expected) {
-        std::erase_if(common, [&](const std::string& option) { return !options.contains(option); });
+    for (const auto& command : expected) {
+        std::erase_if(common, [&](const std::string& option) { return !command.second.contains(option); });
     }
 
     // The manual page defines each command, and each option in the section of its command or in

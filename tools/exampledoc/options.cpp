@@ -41,7 +41,7 @@ std::u16string applyOptions(const Options& options) {
     if (options.root) {
         DocExampleParser::setExampleRoot(zwhost::unicode::utf8ToUtf16(*options.root));
     }
-    const std::u16string exampleRoot = *DocExampleParser::getExampleRoot();
+    std::u16string exampleRoot = *DocExampleParser::getExampleRoot();
     std::error_code error;
     const std::filesystem::path folder(utf16ToUtf8(exampleRoot));
     if (!std::filesystem::is_directory(folder, error)) {

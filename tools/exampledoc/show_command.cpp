@@ -80,7 +80,8 @@ int showCommand(const Options& options, std::ostream& out, std::ostream& err) {
         }
         for (auto& item : items->second) {
             out << (found ? "\n" : "") << "Example " << options.operands.front() << " in help folder \""
-                << utf16ToUtf8(helpFolder) << "\" (locale " << utf16ToUtf8(catalogue.header.getLocale())
+                << escapeControls(utf16ToUtf8(helpFolder)) << "\" (locale "
+                << escapeControls(utf16ToUtf8(catalogue.header.getLocale()))
                 << "), read through the host's class " << zwhost::classes::kExampleItemClass << ":\n";
             // The host holds the item as an object and reads every property by name.
             const matrix::zx_array_handle object = zwhost::classes::wrapExampleItem(item);
