@@ -1,5 +1,6 @@
 # Install rules and the package that other projects find: the library, the host platform's
-# libraries, the public headers, the tool and the sample documentation tree.
+# libraries, the public headers, the tool with its manual page and completion, the licence and
+# the sample documentation tree.
 include(CMakePackageConfigHelpers)
 
 set(ZW_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ExampleDocParser")
@@ -7,15 +8,18 @@ get_property(zw_host_libraries GLOBAL PROPERTY ZW_HOST_LIBRARIES)
 
 install(TARGETS docparser ${zw_host_libraries}
   EXPORT ExampleDocParserTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(ZW_BUILD_TOOLS)
   install(TARGETS exampledoc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.bash"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME exampledoc)
 endif()
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" "${PROJECT_SOURCE_DIR}/host/include/"
-  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  DESTINATION "${ZW_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.hpp")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DATADIR}/exampledocparser")
 install(DIRECTORY "${ZW_SAMPLE_DOCROOT}/"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/${ZW_SAMPLE_DOCROOT_INSTALL_DIR}")
 

@@ -17,7 +17,8 @@ function(zw_add_host_library name)
   add_library(${name} SHARED ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/host/include>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    $<INSTALL_INTERFACE:${ZW_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
   target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS} zw_warnings)
   string(REGEX REPLACE "^zwhost_" "host_" export_name ${name})
   add_library(ExampleDocParser::${export_name} ALIAS ${name})

@@ -15,6 +15,26 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+# Runs every program built from the README's C++ blocks.
+function(run_readme_programs)
+  file(READ "${WORK_DIR}/build/readme_programs.txt" programs)
+  foreach(program IN LISTS programs)
+    run("${WORK_DIR}/build/${program}")
+  endforeach()
+  message(STATUS "README programs: ${programs}")
+endfunction()
+
+# Nothing lands outside the folders a package of this project may use.
+function(check_installed_folders)
+  file(GLOB_RECURSE installed LIST_DIRECTORIES false RELATIVE "${prefix}" "${prefix}/*")
+  list(FILTER installed EXCLUDE REGEX
+    "^(${BINDIR}|${LIBDIR}|include/exampledocparser|share/man/man1|share/bash-completion/completions|${DATADIR}/exampledocparser)/")
+  if(installed)
+    list(JOIN installed "\n  " installed)
+    message(FATAL_ERROR "installed outside the package's folders:\n  ${installed}")
+  endif()
+endfunction()
+
 # The default documentation root must come from the sample tree, never from the environment.
 unset(ENV{ZW_DOC_ROOT})
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -32,6 +52,8 @@ if(MODE STREQUAL "install")
   run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
   run("${WORK_DIR}/build/consumer" "${docroot}")
   message(STATUS "find_package: ${output}")
+  run_readme_programs()
+  check_installed_folders()
 
   if(TOOL)
     run("${prefix}/${BINDIR}/exampledoc" list)
@@ -57,6 +79,7 @@ elseif(MODE STREQUAL "subdirectory")
   run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
   run("${WORK_DIR}/build/consumer" "${SOURCE_DIR}/examples/docroot")
   message(STATUS "add_subdirectory: ${output}")
+  run_readme_programs()
 else()
   message(FATAL_ERROR "MODE must be install or subdirectory, not '${MODE}'")
 endif()

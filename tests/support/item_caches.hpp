@@ -6,10 +6,10 @@
 namespace example::docparser::detail {
 
 struct ExampleItemCaches {
-    static SharedZxArrayPtr& relativePaths(const ExampleItem& item) { return item.relativePathsCache; }
-    static SharedZxArrayPtr& exampleType(const ExampleItem& item) { return item.exampleTypeCache; }
-    static SharedZxArrayPtr& supportingFiles(const ExampleItem& item) { return item.supportingFilesCache; }
-    static SharedZxArrayPtr& docIDLinks(const ExampleItem& item) { return item.docIDLinksCache; }
+    static SharedZxArrayPtr& relativePaths(const ExampleItem& item);
+    static SharedZxArrayPtr& exampleType(const ExampleItem& item);
+    static SharedZxArrayPtr& supportingFiles(const ExampleItem& item);
+    static SharedZxArrayPtr& docIDLinks(const ExampleItem& item);
 };
 
 } // namespace example::docparser::detail

@@ -1,7 +1,6 @@
 #include "json_output.hpp"
 
-#include <boost/json/array.hpp>
-#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
 
 #include "zwhost/unicode.hpp"
 
@@ -10,58 +9,113 @@ namespace {
 
 using zwhost::unicode::utf16ToUtf8;
 
-boost::json::array stringsToJson(const std::vector<std::u16string>& strings) {
-    boost::json::array array;
-    array.reserve(strings.size());
-    for (const auto& text : strings) {
-        array.emplace_back(utf16ToUtf8(text));
-    }
-    return array;
-}
+// The JSON writer of one help folder: compact, in the same order and escapes as boost::json.
+class JsonWriter {
+public:
+    explicit JsonWriter(std::string& text) : text_(text) {}
 
-boost::json::object itemToJson(const std::u16string& id, const example::docparser::ExampleItem& item) {
-    boost::json::array links;
-    for (const auto& link : item.getDocIDLinks()) {
-        links.push_back(boost::json::object{{"docid", utf16ToUtf8(link.getDocID())},
-                                            {"target", utf16ToUtf8(link.getTarget())}});
+    JsonWriter& key(std::string_view name) {
+        string(name);
+        text_ += ':';
+        fresh_ = true;
+        return *this;
     }
-    return boost::json::object{
-        {"id", utf16ToUtf8(id)},
-        {"name", utf16ToUtf8(item.getName())},
-        {"component", utf16ToUtf8(item.getComponent())},
-        {"title", utf16ToUtf8(item.getTitle())},
-        {"description", utf16ToUtf8(item.getDescription())},
-        {"relativePaths", stringsToJson(item.getRelativePaths())},
-        {"thumbnail", utf16ToUtf8(item.getThumbnail())},
-        {"exampleType", example::docparser::ExampleType::enumToString(item.getExampleType())},
-        {"exampleTypeValue", static_cast<std::uint32_t>(item.getExampleType())},
-        {"openCommand", utf16ToUtf8(item.getOpenCommand())},
-        {"supportingFiles", stringsToJson(item.getSupportingFiles())},
-        {"docIDLinks", std::move(links)},
-    };
+
+    JsonWriter& string(std::string_view value) {
+        separate();
+        text_ += boost::json::serialize(boost::json::string_view(value.data(), value.size()));
+        return *this;
+    }
+
+    JsonWriter& string(const std::u16string& value) { return string(utf16ToUtf8(value)); }
+
+    JsonWriter& number(std::uint32_t value) {
+        separate();
+        text_ += std::to_string(value);
+        return *this;
+    }
+
+    JsonWriter& open(char bracket) {
+        separate();
+        text_ += bracket;
+        fresh_ = true;
+        return *this;
+    }
+
+    JsonWriter& close(char bracket) {
+        text_ += bracket;
+        fresh_ = false;
+        return *this;
+    }
+
+    JsonWriter& strings(const std::vector<std::u16string>& values) {
+        open('[');
+        for (const auto& value : values) {
+            string(value);
+        }
+        return close(']');
+    }
+
+private:
+    // A comma before every value or key but the first of its object or array, none after a key.
+    void separate() {
+        if (!fresh_) {
+            text_ += ',';
+        }
+        fresh_ = false;
+    }
+
+    std::string& text_;
+    bool fresh_ = true;
+};
+
+void writeItem(JsonWriter& json, const std::u16string& id, const example::docparser::ExampleItem& item) {
+    using example::docparser::ExampleType;
+    json.open('{');
+    json.key("id").string(id).key("name").string(item.getName());
+    json.key("component").string(item.getComponent()).key("title").string(item.getTitle());
+    json.key("description").string(item.getDescription());
+    json.key("relativePaths").strings(item.getRelativePaths());
+    json.key("thumbnail").string(item.getThumbnail());
+    json.key("exampleType").string(ExampleType::enumToString(item.getExampleType()));
+    json.key("exampleTypeValue").number(static_cast<std::uint32_t>(item.getExampleType()));
+    json.key("openCommand").string(item.getOpenCommand());
+    json.key("supportingFiles").strings(item.getSupportingFiles());
+    json.key("docIDLinks").open('[');
+    for (const auto& link : item.getDocIDLinks()) {
+        json.open('{').key("docid").string(link.getDocID()).key("target").string(link.getTarget()).close('}');
+    }
+    json.close(']').close('}');
 }
 
 } // namespace
 
-boost::json::value cataloguesToJson(const example::docparser::ExampleCatalogues& catalogues) {
-    boost::json::object result;
-    for (const auto& [helpFolder, catalogue] : catalogues) {
+void writeCataloguesJson(std::ostream& out, example::docparser::ExampleCatalogues&& catalogues) {
+    out << '{';
+    std::string text;
+    bool first = true;
+    for (auto folder = catalogues.begin(); folder != catalogues.end(); folder = catalogues.erase(folder)) {
+        const auto& [helpFolder, catalogue] = *folder;
         const auto& header = catalogue.header;
-        boost::json::array items;
+        JsonWriter json(text);
+        if (!first) {
+            text += ',';
+        }
+        first = false;
+        json.key(utf16ToUtf8(helpFolder)).open('{').key("header").open('{');
+        json.key("product").string(header.getProduct()).key("version").string(header.getVersion());
+        json.key("helpFolder").string(header.getHelpFolder()).key("locale").string(header.getLocale());
+        json.close('}').key("items").open('[');
         for (const auto& [id, sameId] : catalogue.items) {
             for (const auto& item : sameId) {
-                items.push_back(itemToJson(id, item));
+                writeItem(json, id, item);
             }
         }
-        result[utf16ToUtf8(helpFolder)] = boost::json::object{
-            {"header", boost::json::object{{"product", utf16ToUtf8(header.getProduct())},
-                                           {"version", utf16ToUtf8(header.getVersion())},
-                                           {"helpFolder", utf16ToUtf8(header.getHelpFolder())},
-                                           {"locale", utf16ToUtf8(header.getLocale())}}},
-            {"items", std::move(items)},
-        };
+        json.close(']').close('}');
+        out << text;
+        text.clear();
     }
-    return result;
+    out << "}\n";
 }
 
 } // namespace exampledoc

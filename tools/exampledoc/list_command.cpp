@@ -1,4 +1,6 @@
-#include <boost/json/serialize.hpp>
+#include <fnmatch.h>
+
+#include <algorithm>
 
 #include "commands.hpp"
 #include "json_output.hpp"
@@ -7,17 +9,57 @@
 #include "zwhost/unicode.hpp"
 
 namespace exampledoc {
+namespace {
 
-int listCommand(const Options& options, std::ostream& out, std::ostream& /*err*/) {
+using zwhost::unicode::utf16ToUtf8;
+
+bool matchesAny(const std::vector<std::string>& globs, const std::string& id) {
+    return globs.empty() || std::any_of(globs.begin(), globs.end(), [&](const std::string& glob) {
+               return fnmatch(glob.c_str(), id.c_str(), 0) == 0;
+           });
+}
+
+// Keeps the help folders, kinds and ids that the options ask for; a folder that an id or kind
+// filter leaves empty goes too. Names a wanted help folder that is not there.
+void filter(example::docparser::ExampleCatalogues& catalogues, const Options& options, std::ostream& err) {
+    for (const auto& wanted : options.folders) {
+        if (!catalogues.contains(zwhost::unicode::utf8ToUtf16(wanted))) {
+            err << "exampledoc list: warning: no help folder \"" << wanted << "\"\n";
+        }
+    }
+    const bool filtersItems = options.kind || !options.operands.empty();
+    for (auto folder = catalogues.begin(); folder != catalogues.end();) {
+        auto& items = folder->second.items;
+        for (auto entry = items.begin(); entry != items.end();) {
+            std::erase_if(entry->second, [&](const example::docparser::ExampleItem& item) {
+                return options.kind &&
+                       example::docparser::ExampleType::enumToString(item.getExampleType()) != *options.kind;
+            });
+            const bool keep =
+                !entry->second.empty() && matchesAny(options.operands, utf16ToUtf8(entry->first));
+            entry = keep ? std::next(entry) : items.erase(entry);
+        }
+        const std::string name = utf16ToUtf8(folder->first);
+        const bool wanted =
+            options.folders.empty() ||
+            std::find(options.folders.begin(), options.folders.end(), name) != options.folders.end();
+        folder = wanted && !(filtersItems && items.empty()) ? std::next(folder) : catalogues.erase(folder);
+    }
+}
+
+} // namespace
+
+int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     const std::u16string root = applyOptions(options);
-    const auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
+    auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
+    filter(catalogues, options, err);
     if (options.json) {
-        out << boost::json::serialize(cataloguesToJson(catalogues)) << '\n';
+        writeCataloguesJson(out, std::move(catalogues));
         return 0;
     }
-    out << "Examples under " << zwhost::unicode::utf16ToUtf8(root) << " for locale "
-        << zwhost::unicode::utf16ToUtf8(zwhost::settings::currentLocale()) << "\n\n";
-    printListing(out, catalogues);
+    out << "Examples under " << escapeControls(utf16ToUtf8(root)) << " for locale "
+        << utf16ToUtf8(zwhost::settings::currentLocale()) << "\n\n";
+    printListing(out, catalogues, options.color);
     return 0;
 }
 

@@ -1,7 +1,7 @@
 #include "options.hpp"
 
+#include <algorithm>
 #include <filesystem>
-#include <regex>
 
 #include "example/docparser/doc_example_parser.hpp"
 #include "zwhost/settings.hpp"
@@ -9,48 +9,41 @@
 
 namespace exampledoc {
 
-Options parseOptions(const std::vector<std::string>& args, bool allowJson) {
-    Options options;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        const auto value = [&]() -> std::string {
-            if (i + 1 >= args.size()) {
-                throw UsageError("option " + arg + " needs a value");
-            }
-            return args[++i];
-        };
-        if (arg == "--help" || arg == "-h") {
-            options.help = true;
-        } else if (arg == "--root") {
-            options.root = value();
-        } else if (arg == "--locale") {
-            options.locale = value();
-        } else if (arg == "--json" && allowJson) {
-            options.json = true;
-        } else if (!arg.empty() && arg[0] == '-') {
-            throw UsageError("unknown option " + arg);
-        } else {
-            options.operands.push_back(arg);
-        }
+using zwhost::unicode::utf16ToUtf8;
+
+bool isReadableLocale(const std::u16string& locale) {
+    if (locale == u"en" || locale.starts_with(u"en_")) {
+        return true;
     }
-    return options;
+    const auto supported = zwhost::settings::supportedDocLocales();
+    return std::find(supported.begin(), supported.end(), locale) != supported.end();
+}
+
+std::string supportedLocaleList() {
+    std::string list;
+    for (const auto& locale : zwhost::settings::supportedDocLocales()) {
+        list += (list.empty() ? "" : ", ") + utf16ToUtf8(locale);
+    }
+    return list;
 }
 
 std::u16string applyOptions(const Options& options) {
     using example::docparser::DocExampleParser;
     if (options.locale) {
-        static const std::regex localePattern("[a-z]{2,3}_[A-Z]{2}");
-        if (!std::regex_match(*options.locale, localePattern)) {
-            throw UsageError("locale \"" + *options.locale + "\" is not of the form ll_CC, such as ja_JP");
+        const std::u16string locale =
+            zwhost::settings::normaliseLocale(zwhost::unicode::utf8ToUtf16(*options.locale));
+        if (!isReadableLocale(locale)) {
+            throw UsageError("locale \"" + *options.locale +
+                             "\" has no catalogues; use English (en_US) or one of " + supportedLocaleList());
         }
-        zwhost::settings::setCurrentLocale(zwhost::unicode::utf8ToUtf16(*options.locale));
+        zwhost::settings::setCurrentLocale(locale);
     }
     if (options.root) {
         DocExampleParser::setExampleRoot(zwhost::unicode::utf8ToUtf16(*options.root));
     }
-    const std::u16string exampleRoot = *DocExampleParser::getExampleRoot();
+    std::u16string exampleRoot = *DocExampleParser::getExampleRoot();
     std::error_code error;
-    const std::filesystem::path folder(zwhost::unicode::utf16ToUtf8(exampleRoot));
+    const std::filesystem::path folder(utf16ToUtf8(exampleRoot));
     if (!std::filesystem::is_directory(folder, error)) {
         throw UsageError("no example catalogues at " + folder.string() +
                          " (a documentation root holds docCatalog/exampleapi)");

@@ -17,17 +17,23 @@ struct Options {
     std::optional<std::string> root;
     std::optional<std::string> locale;
     bool json = false;
-    std::string format = "text"; // check and coverage: text, json or sarif (check only)
-    bool strict = false;         // check: warnings count as errors for the exit status
-    bool help = false;
-    std::vector<std::string> operands;
+    std::string format = "text";       // check and coverage: text, json or sarif (check only)
+    bool strict = false;               // check: warnings count as errors for the exit status
+    bool color = false;                // colour severities and kinds in text output
+    std::vector<std::string> folders;  // list: only these help folders
+    std::optional<std::string> kind;   // list: only examples of this kind
+    std::vector<std::string> operands; // list: id globs; show: the id
 };
 
-/** Parses `args` (the words after the command); `--json` only where `allowJson`. */
-Options parseOptions(const std::vector<std::string>& args, bool allowJson);
-
 /** Applies --locale and --root to the host settings and the library, and gives the example root
-    to read. Throws UsageError for a malformed locale or a root that is no documentation root. */
+    to read. Throws UsageError for a locale that is neither English nor supported, or a root that
+    is no documentation root. */
 std::u16string applyOptions(const Options& options);
+
+/** Whether catalogues exist for `locale` (normalised, such as "ja_JP"): English or supported. */
+bool isReadableLocale(const std::u16string& locale);
+
+/** The supported documentation locales, for messages: "ja_JP, ko_KR, zh_CN". */
+std::string supportedLocaleList();
 
 } // namespace exampledoc

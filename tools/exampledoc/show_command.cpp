@@ -2,6 +2,7 @@
 
 #include "commands.hpp"
 #include "example/docparser/doc_example_parser.hpp"
+#include "text_output.hpp"
 #include "zcos/cos_class.hpp"
 #include "zwhost/classes.hpp"
 #include "zwhost/unicode.hpp"
@@ -25,7 +26,7 @@ std::string shape(const zxArray_tag* value) {
 }
 
 std::string quoted(const zxArray_tag* text) {
-    return '"' + utf16ToUtf8(matrix::getCharText(text)) + '"';
+    return '"' + escapeControls(utf16ToUtf8(matrix::getCharText(text))) + '"';
 }
 
 // Writes one host value as the host holds it: text, a list of texts, or objects with their
@@ -39,7 +40,7 @@ void printValue(std::ostream& out, const zxArray_tag* value) {
     if (value->classID == zxCELL_CLASS) {
         out << shape(value) << " cell" << (count == 0 ? " (empty)\n" : "\n");
         for (const auto& text : matrix::getTextList(value)) {
-            out << "      - \"" << utf16ToUtf8(text) << "\"\n";
+            out << "      - \"" << escapeControls(utf16ToUtf8(text)) << "\"\n";
         }
         return;
     }
@@ -79,7 +80,8 @@ int showCommand(const Options& options, std::ostream& out, std::ostream& err) {
         }
         for (auto& item : items->second) {
             out << (found ? "\n" : "") << "Example " << options.operands.front() << " in help folder \""
-                << utf16ToUtf8(helpFolder) << "\" (locale " << utf16ToUtf8(catalogue.header.getLocale())
+                << escapeControls(utf16ToUtf8(helpFolder)) << "\" (locale "
+                << escapeControls(utf16ToUtf8(catalogue.header.getLocale()))
                 << "), read through the host's class " << zwhost::classes::kExampleItemClass << ":\n";
             // The host holds the item as an object and reads every property by name.
             const matrix::zx_array_handle object = zwhost::classes::wrapExampleItem(item);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zwhost::settings {
@@ -26,6 +27,10 @@ void setDocumentationRoot(std::u16string root);
 /** The current locale, such as "ja_JP". Default: the first of LC_ALL, LC_MESSAGES and LANG that is
     set and not empty, up to its first '.' or '@'; "en_US" when that is empty, "C" or "POSIX". */
 std::u16string currentLocale();
+
+/** The locale a POSIX locale name such as "ja_JP.UTF-8" or "de_DE@euro" names: the name up to
+    its first '.' or '@'; "en_US" when that is empty, "C" or "POSIX". */
+std::u16string normaliseLocale(std::u16string_view name);
 
 /** Replaces the current locale. */
 void setCurrentLocale(std::u16string locale);

@@ -56,19 +56,12 @@ std::u16string defaultDocumentationRoot() {
 }
 
 std::u16string defaultCurrentLocale() {
-    std::u16string locale;
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         if (auto value = environment(name)) {
-            locale = std::move(*value);
-            break;
+            return normaliseLocale(*value);
         }
     }
-    // "ja_JP.UTF-8" and "de_DE@euro" name the locale before the codeset or modifier.
-    locale.resize(std::min(locale.find_first_of(u".@"), locale.size()));
-    if (locale.empty() || locale == u"C" || locale == u"POSIX") {
-        return u"en_US";
-    }
-    return locale;
+    return normaliseLocale(u"");
 }
 
 Values defaults() {
@@ -111,6 +104,15 @@ std::u16string documentationRoot() {
 
 void setDocumentationRoot(std::u16string root) {
     set(&Values::documentationRoot, std::move(root));
+}
+
+std::u16string normaliseLocale(std::u16string_view name) {
+    // "ja_JP.UTF-8" and "de_DE@euro" name the locale before the codeset or modifier.
+    const std::u16string_view locale = name.substr(0, name.find_first_of(u".@"));
+    if (locale.empty() || locale == u"C" || locale == u"POSIX") {
+        return u"en_US";
+    }
+    return std::u16string(locale);
 }
 
 std::u16string currentLocale() {

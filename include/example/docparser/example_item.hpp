@@ -11,10 +11,6 @@
 
 namespace example::docparser {
 
-namespace detail {
-struct ExampleItemCaches;
-} // namespace detail
-
 class ExampleItem {
 public:
     /** An item of the ten fields, moved in; all caches start empty. */
@@ -99,8 +95,6 @@ public:
     ZW_DOCPARSER_API void setDocIDLinksProperty(const zxArray_tag* value);
 
 private:
-    friend struct detail::ExampleItemCaches;
-
     std::u16string name;
     std::u16string component;
     std::u16string title;
