@@ -1,112 +1,94 @@
 #include <algorithm>
 #include <functional>
+#include <map>
+#include <set>
 #include <string>
 
-#include <boost/json/stream_parser.hpp>
-
-#include "catalogue/catalogue_parser.hpp"
+#include "catalogue_check.hpp"
+#include "check_report.hpp"
+#include "check_rules.hpp"
 #include "commands.hpp"
 #include "reference/docparser/read_zip_files.hpp"
+#include "zwhost/product_walk.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace exampledoc {
 namespace {
 
 using reference::docparser::DocResourceParser;
+using reference::docparser::ProductPathData;
 using ParsingTools = DocResourceParser::ParsingTools;
 using zwhost::unicode::utf16ToUtf8;
 
-// Where a JSON text first goes wrong, as "line L, column C: message"; empty if it is valid JSON.
-std::string jsonSyntaxError(const std::string& text) {
-    boost::json::stream_parser parser;
-    boost::system::error_code error;
-    const std::size_t consumed = parser.write(text.data(), text.size(), error);
-    if (!error) {
-        parser.finish(error);
+std::string_view leftOutReason(zwhost::reference::LeftOut::Why why) {
+    using Why = zwhost::reference::LeftOut::Why;
+    switch (why) {
+    case Why::NotUtf8:
+        return "its name is not valid UTF-8";
+    case Why::DanglingLink:
+        return "it is a link to nothing";
+    case Why::NotRegularFile:
+        return "it is not a regular file";
+    case Why::TooDeep:
+        return "it lies below the depth limit of the walk";
+    case Why::Unlistable:
+        return "the folder cannot be listed";
     }
-    if (!error) {
-        return {};
-    }
-    const std::size_t offset = std::min(consumed, text.size());
-    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
-    const std::size_t lineStart = text.rfind('\n', offset == 0 ? 0 : offset - 1);
-    const std::size_t column =
-        lineStart == std::string::npos || offset == 0 ? offset + 1 : offset - lineStart;
-    return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + error.message();
+    return "it is passed over";
 }
 
-class Checker {
+// The part of `path` before its last "/", or empty.
+std::u16string folderOf(const std::u16string& path) {
+    const std::size_t slash = path.rfind(u'/');
+    return slash == std::u16string::npos ? std::u16string() : path.substr(0, slash);
+}
+
+// Reads every catalogue of the tree the way the library does, English ones first so that each
+// localised one can be held against them. Keeps ids and small facts, never a whole catalogue.
+class TreeCheck {
 public:
-    Checker(std::ostream& out, std::u16string root) : out_(out), root_(std::move(root)) {}
+    TreeCheck(CheckReport& report, std::u16string root, std::vector<std::u16string> docLocales,
+              std::vector<std::u16string> checked, std::u16string suffix)
+        : report_(report), root_(std::move(root)), docLocales_(std::move(docLocales)),
+          checked_(std::move(checked)), suffix_(std::move(suffix)) {}
 
-    // Reads and parses one catalogue; reports it as good or as skipped with the reason.
-    void catalogue(const std::string& label, const std::function<std::string()>& read) {
-        std::string text;
-        try {
-            text = read();
-        } catch (const std::exception& error) {
-            skip(label, std::string("cannot be read: ") + error.what());
-            return;
-        }
-        if (const std::string syntax = jsonSyntaxError(text); !syntax.empty()) {
-            skip(label, "invalid JSON at " + syntax);
-            return;
-        }
-        try {
-            const auto result = example::docparser::detail::parseExampleCatalogue(text);
-            std::size_t count = 0;
-            for (const auto& [id, items] : result.begin()->second.items) {
-                count += items.size();
+    void run() {
+        const auto products = zwhost::reference::walkProducts(
+            root_, docLocales_, suffix_, [&](const zwhost::reference::LeftOut& path) { leftOut(path); });
+        const auto storage = storage::microservicestoragesystem::GetStorageSystemReference();
+        const opc::FileSystemOpsSelector selector(storage);
+        // Packages first, then loose files, in each phase: the order in which the library reads them.
+        for (const bool localised : {false, true}) {
+            for (const ProductPathData& product : products.packageProducts) {
+                package(product, selector, localised);
             }
-            out_ << "ok    " << label << ": help folder \"" << utf16ToUtf8(result.begin()->first) << "\", "
-                 << count << (count == 1 ? " example\n" : " examples\n");
-            ++good_;
-        } catch (const std::exception& error) {
-            skip(label, std::string("not a catalogue: ") + error.what());
+            for (const ProductPathData& product : products.looseProducts) {
+                if (product.isNonEnglishLocale() == localised) {
+                    const std::u16string& path = product.getFullPath();
+                    catalogue(relative(path), localeOf(product.getStem(), localised),
+                              folderOf(path) + u'/' + baseStem(product.getStem(), localised),
+                              [&] { return DocResourceParser::openAndReadFile(product); });
+                }
+            }
         }
-    }
-
-    void skip(const std::string& label, const std::string& reason) {
-        out_ << "SKIP  " << label << ": " << reason << '\n';
-        ++skipped_;
-    }
-
-    std::string relative(const std::u16string& path) const {
-        const std::u16string_view view(path);
-        if (view.starts_with(root_) && view.size() > root_.size()) {
-            return utf16ToUtf8(view.substr(root_.size() + 1));
-        }
-        return utf16ToUtf8(path);
-    }
-
-    int summary() const {
-        out_ << '\n'
-             << good_ << " catalogue" << (good_ == 1 ? "" : "s") << " read, " << skipped_ << " file"
-             << (skipped_ == 1 ? "" : "s") << " or package" << (skipped_ == 1 ? "" : "s") << " skipped\n";
-        return skipped_ == 0 ? 0 : 1;
     }
 
 private:
-    std::ostream& out_;
-    std::u16string root_;
-    std::size_t good_ = 0;
-    std::size_t skipped_ = 0;
-};
+    void leftOut(const zwhost::reference::LeftOut& path) {
+        Finding finding;
+        finding.severity = Severity::Warning;
+        finding.file = utf16ToUtf8(zwhost::unicode::utf8ToUtf16Replacing(path.path));
+        finding.rule = "left-out";
+        finding.message = "not read: " + std::string(leftOutReason(path.why)) +
+                          (path.detail.empty() ? "" : " (" + path.detail + ")");
+        report_.findings.push_back(std::move(finding));
+    }
 
-} // namespace
-
-int checkCommand(const Options& options, std::ostream& out, std::ostream& /*err*/) {
-    const std::u16string root = applyOptions(options);
-    const std::vector<std::u16string> docLocales = ParsingTools::getSupportedDocLocales();
-    const std::u16string localeSuffix = ParsingTools::kLocaleSeparator + ParsingTools::getCurrentLocale();
-    const auto products = DocResourceParser::getAllProducts(root, docLocales, localeSuffix);
-    const auto storage = storage::microservicestoragesystem::GetStorageSystemReference();
-    const opc::FileSystemOpsSelector selector(storage);
-
-    Checker checker(out, root);
-    // Packages first, then loose files: the order in which the library reads them.
-    for (const auto& product : products.packageProducts) {
-        const std::string label = checker.relative(product.getFullPath());
+    void package(const ProductPathData& product, const opc::FileSystemOpsSelector& selector, bool localised) {
+        const std::string label = relative(product.getFullPath());
+        if (localised && !withLocalised_.count(label)) {
+            return;
+        }
         try {
             opc::zippackage::ZipPhysicalPackage physical(product.getFullPath(), selector, true);
             opc::model::Package package(physical);
@@ -114,23 +96,194 @@ int checkCommand(const Options& options, std::ostream& out, std::ostream& /*err*
             package.open(opc::interfaces::OpenMode::ReadOnly);
             const auto leaves = manager.getAllLeafs();
             const auto records = reference::docparser::detail::selectCatalogueLeaves(
-                leaves, product, docLocales, localeSuffix, manager);
-            if (records.empty()) {
-                out << "note  " << label << ": no catalogue for this locale inside\n";
+                leaves, product, docLocales_, suffix_, manager);
+            if (!localised) {
+                packageFound(label, manager, records.empty());
             }
             for (const auto& record : records) {
-                checker.catalogue(label + "!" + utf16ToUtf8(record.getEntry().getPath()),
-                                  [&] { return DocResourceParser::openAndReadFile(record); });
+                if (record.isNonEnglishLocale() != localised) {
+                    withLocalised_.insert(label);
+                    continue;
+                }
+                // A package of one catalogue has the name and locale of the package.
+                const bool single = leaves.size() == 1;
+                const std::u16string& stem = single ? product.getStem() : record.getStem();
+                const std::u16string partner =
+                    single ? folderOf(product.getFullPath()) + u'/' + baseStem(stem, localised)
+                           : product.getFullPath() + u'!' + folderOf(record.getEntry().getPath()) + u'/' +
+                                 baseStem(stem, localised);
+                catalogue(label + "!" + utf16ToUtf8(record.getEntry().getPath()), localeOf(stem, localised),
+                          partner, [&] { return DocResourceParser::openAndReadFile(record); });
             }
         } catch (const std::exception& error) {
-            checker.skip(label, std::string("package cannot be opened: ") + error.what());
+            // Whatever fails while the package is opened or listed costs the library the whole package.
+            if (!localised) {
+                packageFound(label, std::nullopt, false);
+                addFinding(label, "bad-package", "the package is not read: " + std::string(error.what()));
+            }
         }
     }
-    for (const auto& product : products.looseProducts) {
-        checker.catalogue(checker.relative(product.getFullPath()),
-                          [&] { return DocResourceParser::openAndReadFile(product); });
+
+    void packageFound(const std::string& label,
+                      std::optional<std::reference_wrapper<opc::zwservices::FileSystemManager>> manager,
+                      bool empty) {
+        CheckedFile file;
+        file.file = label;
+        file.kind = CheckedFile::Kind::Package;
+        report_.files.push_back(std::move(file));
+        if (!manager) {
+            return;
+        }
+        for (const auto& skipped : manager->get().getSkippedEntries()) {
+            addFinding(label + "!" + utf16ToUtf8(skipped.path), "duplicate-entry",
+                       "not read: " + skipped.reason);
+        }
+        if (empty) {
+            addFinding(label, "no-catalogue",
+                       "the package holds no catalogue read under the checked locales");
+        }
     }
-    return checker.summary();
+
+    void addFinding(const std::string& file, std::string_view rule, std::string message) {
+        Finding finding;
+        finding.severity = checkRule(rule).severity;
+        finding.file = file;
+        finding.rule = rule;
+        finding.message = std::move(message);
+        report_.findings.push_back(std::move(finding));
+    }
+
+    void catalogue(const std::string& label, const std::u16string& locale, const std::u16string& partner,
+                   const std::function<std::string()>& read) {
+        CheckedFile file;
+        file.file = label;
+        file.english = locale.empty();
+        for (const std::u16string& checked : checked_) {
+            if (file.english || checked == locale) {
+                file.locales.push_back(utf16ToUtf8(checked));
+            }
+        }
+        std::string text;
+        try {
+            text = read();
+        } catch (const std::exception& error) {
+            const std::string reason = error.what();
+            addFinding(label,
+                       reason.find("compression method") != std::string::npos ? "unsupported-compression"
+                                                                              : "unreadable",
+                       "not read: " + reason);
+            report_.files.push_back(std::move(file));
+            return;
+        }
+        CatalogueContext context;
+        context.file = label;
+        context.locale = locale;
+        context.docLocales = docLocales_;
+        if (!file.english) {
+            const auto found = partners_.find(partner);
+            if (found != partners_.end()) {
+                context.partnerHelpFolder = found->second;
+            }
+            context.englishIds = [&](const std::u16string& helpFolder) -> const std::set<std::u16string>* {
+                const auto ids = englishIds_.find(helpFolder);
+                return ids == englishIds_.end() ? nullptr : &ids->second;
+            };
+        } else {
+            context.firstEnglish = [&](const std::u16string& helpFolder) -> const std::string* {
+                const auto first = firstEnglish_.find(helpFolder);
+                return first == firstEnglish_.end() ? nullptr : &first->second;
+            };
+        }
+        CatalogueFacts facts = checkCatalogue(text, context, report_.findings);
+        if (facts.read) {
+            file.helpFolder = utf16ToUtf8(facts.helpFolder);
+            file.examples = facts.examples;
+            if (file.english) {
+                firstEnglish_.emplace(facts.helpFolder, label);
+                englishIds_[facts.helpFolder].insert(std::make_move_iterator(facts.ids.begin()),
+                                                     std::make_move_iterator(facts.ids.end()));
+                partners_.emplace(partner, facts.helpFolder);
+            }
+        }
+        report_.files.push_back(std::move(file));
+    }
+
+    // The supported locale that a localised stem ends with.
+    std::u16string localeOf(const std::u16string& stem, bool localised) const {
+        if (localised) {
+            for (const std::u16string& locale : docLocales_) {
+                if (std::u16string_view(stem).ends_with(locale)) {
+                    return locale;
+                }
+            }
+        }
+        return {};
+    }
+
+    // The stem without its locale suffix: a localised catalogue's English partner has this stem.
+    std::u16string baseStem(const std::u16string& stem, bool localised) const {
+        const std::u16string locale = localeOf(stem, localised);
+        std::u16string base = stem.substr(0, stem.size() - locale.size());
+        if (!locale.empty() && !base.empty() && base.back() == ParsingTools::kLocaleSeparator) {
+            base.pop_back();
+        }
+        return base;
+    }
+
+    std::string relative(const std::u16string& path) const {
+        const std::u16string_view view(path);
+        if (view.starts_with(root_) && view.size() > root_.size() && view[root_.size()] == u'/') {
+            return utf16ToUtf8(view.substr(root_.size() + 1));
+        }
+        return utf16ToUtf8(path);
+    }
+
+    CheckReport& report_;
+    std::u16string root_;
+    std::vector<std::u16string> docLocales_;
+    std::vector<std::u16string> checked_;
+    std::u16string suffix_;
+    std::set<std::string> withLocalised_;
+    std::map<std::u16string, std::string> firstEnglish_;
+    std::map<std::u16string, std::set<std::u16string>> englishIds_;
+    std::map<std::u16string, std::u16string> partners_;
+};
+
+} // namespace
+
+int checkCommand(const Options& options, std::ostream& out, std::ostream& /*err*/) {
+    if (options.format != "text" && options.format != "json" && options.format != "sarif") {
+        throw UsageError("format \"" + options.format + "\" is none of text, json and sarif");
+    }
+    std::u16string root = applyOptions(options);
+    while (root.size() > 1 && root.back() == u'/') {
+        root.pop_back();
+    }
+    std::vector<std::u16string> docLocales = ParsingTools::getSupportedDocLocales();
+    // Every locale unless one is asked for: the empty suffix lets the walk give every localised file.
+    std::vector<std::u16string> checked = docLocales;
+    std::u16string suffix;
+    if (options.locale) {
+        checked = {ParsingTools::getCurrentLocale()};
+        suffix = ParsingTools::kLocaleSeparator + checked.front();
+    }
+    CheckReport report;
+    report.root = utf16ToUtf8(root);
+    for (const std::u16string& locale : checked) {
+        report.locales.push_back(utf16ToUtf8(locale));
+    }
+    TreeCheck(report, root, std::move(docLocales), std::move(checked), std::move(suffix)).run();
+    report.sortFindings();
+    if (options.format == "json") {
+        writeCheckJson(out, report);
+    } else if (options.format == "sarif") {
+        writeCheckSarif(out, report);
+    } else {
+        writeCheckText(out, report);
+    }
+    const bool failed =
+        report.count(Severity::Error) > 0 || (options.strict && report.count(Severity::Warning) > 0);
+    return failed ? 1 : 0;
 }
 
 } // namespace exampledoc
