@@ -228,4 +228,38 @@ TEST_F(CheckCommand, TextGroupsByFileErrorsFirstAndStrictFailsOnWarnings) {
     EXPECT_THROW(run(dir, options, status), exampledoc::UsageError);
 }
 
+TEST_F(CheckCommand, SarifFollowsTheSchemaAndPlacesFindingsOnTheirLines) {
+    const zwtest::TempDir dir;
+    dir.write("docCatalog/exampleapi/a b/ex.json", "{\"header\":{},\n \"exampleItems\":[{}]}");
+    dir.writeZip("docCatalog/exampleapi/p.zip", {{"c/x.json", "{"}});
+    dir.write("docCatalog/exampleapi/q.zip", "no zip");
+    exampledoc::Options options;
+    options.format = "sarif";
+    int status = 0;
+    const std::string log = run(dir, options, status);
+    EXPECT_EQ(status, 1);
+    const fs::path file = dir.write("check.sarif", log);
+    const std::string validate =
+        "python3 -c 'import json, sys, jsonschema; jsonschema.validate(json.load(open(sys.argv[1])), "
+        "json.load(open(sys.argv[2])))' '" +
+        file.string() + "' '" ZW_SARIF_SCHEMA "'";
+    EXPECT_EQ(std::system(validate.c_str()), 0) << log;
+
+    const auto results = boost::json::parse(log).at("runs").at(0).at("results").as_array();
+    ASSERT_EQ(results.size(), 3U);
+    std::map<std::string, std::string> places;
+    for (const auto& result : results) {
+        const auto& location = result.at("locations").at(0).at("physicalLocation").as_object();
+        places[std::string(result.at("ruleId").as_string())] =
+            boost::json::serialize(location.at("artifactLocation").at("uri")) +
+            (location.contains("region") ? boost::json::serialize(location.at("region")) : "");
+    }
+    const std::map<std::string, std::string> expected = {
+        {"missing-member", R"("a%20b/ex.json"{"startLine":2,"startColumn":18})"},
+        {"json-syntax", R"("p.zip")"},
+        {"bad-package", R"("q.zip")"},
+    };
+    EXPECT_EQ(places, expected);
+}
+
 } // namespace
