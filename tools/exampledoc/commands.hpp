@@ -18,8 +18,8 @@ int showCommand(const Options& options, std::ostream& out, std::ostream& err);
     problem as text, JSON or SARIF; 1 on errors (or warnings under --strict), 0 otherwise. */
 int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
 
-/** For each help folder and supported locale, how many English example ids are localised, which
-    are missing and which localised ids are orphans. */
+/** For each help folder and supported locale (or --locale), how many English example ids are
+    localised, which are missing and which localised ids are orphans, as text or JSON; 0. */
 int coverageCommand(const Options& options, std::ostream& out, std::ostream& err);
 
 } // namespace exampledoc
