@@ -228,6 +228,30 @@ TEST_F(CheckCommand, TextGroupsByFileErrorsFirstAndStrictFailsOnWarnings) {
     EXPECT_THROW(run(dir, options, status), exampledoc::UsageError);
 }
 
+TEST_F(CheckCommand, ListSaysOnStderrHowManyFilesOfItsLocaleWereSkipped) {
+    const zwtest::TempDir dir;
+    dir.write("docCatalog/exampleapi/a/ex.json", catalogueText("a", "en_US", {}));
+    dir.write("docCatalog/exampleapi/a/ex_zh_CN.json", "{");
+    dir.write("docCatalog/exampleapi/a/ex_ja_JP.json", "[]");
+    dir.write("docCatalog/exampleapi/b/p.zip", "no zip");
+    for (const auto& [locale, said] :
+         {std::pair<std::string, std::string>{
+              "ja_JP", "exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"},
+          {"en_US", "exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}}) {
+        exampledoc::Options options;
+        options.root = dir.path().string();
+        options.locale = locale;
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(exampledoc::listCommand(options, out, err), 0);
+        EXPECT_EQ(err.str(), said);
+        options.json = true;
+        std::ostringstream quiet;
+        exampledoc::listCommand(options, out, quiet);
+        EXPECT_EQ(quiet.str(), "");
+    }
+}
+
 TEST_F(CheckCommand, SarifFollowsTheSchemaAndPlacesFindingsOnTheirLines) {
     const zwtest::TempDir dir;
     dir.write("docCatalog/exampleapi/a b/ex.json", "{\"header\":{},\n \"exampleItems\":[{}]}");

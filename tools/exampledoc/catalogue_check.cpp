@@ -129,9 +129,15 @@ public:
                 facts.ids.push_back(id);
                 facts.examples += items.size();
             }
-            checkRead(catalogue);
+            if (!context_.errorsOnly) {
+                checkRead(catalogue);
+            }
         } catch (const std::exception& error) {
-            explainFailure(failureText(error));
+            if (context_.errorsOnly) {
+                add("bad-catalogue", {}, {}, failureText(error), 0);
+            } else {
+                explainFailure(failureText(error));
+            }
         }
         place(findings);
         return facts;

@@ -48,7 +48,7 @@ class TreeCheck {
 public:
     TreeCheck(CheckReport& report, const TreeScope& scope, const CatalogueRead& read)
         : report_(report), root_(scope.root), docLocales_(scope.docLocales), checked_(scope.checked),
-          suffix_(scope.suffix), read_(read) {}
+          suffix_(scope.suffix), errorsOnly_(scope.errorsOnly), read_(read) {}
 
     void run() {
         const auto products = zwhost::reference::walkProducts(
@@ -177,6 +177,7 @@ private:
         context.file = label;
         context.locale = locale;
         context.docLocales = docLocales_;
+        context.errorsOnly = errorsOnly_;
         if (!file.english) {
             const auto found = partners_.find(partner);
             if (found != partners_.end()) {
@@ -244,6 +245,7 @@ private:
     std::vector<std::u16string> docLocales_;
     std::vector<std::u16string> checked_;
     std::u16string suffix_;
+    bool errorsOnly_;
     const CatalogueRead& read_;
     std::set<std::string> withLocalised_;
     std::map<std::u16string, std::string> firstEnglish_;
@@ -278,6 +280,19 @@ CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read) {
     TreeCheck(report, scope, read).run();
     report.sortFindings();
     return report;
+}
+
+std::size_t countSkipped(const std::u16string& root) {
+    TreeScope scope;
+    scope.root = root;
+    scope.docLocales = ParsingTools::getSupportedDocLocales();
+    scope.checked = {ParsingTools::getCurrentLocale()};
+    scope.suffix = ParsingTools::kLocaleSeparator + scope.checked.front();
+    scope.errorsOnly = true;
+    const CheckReport report = checkTree(scope);
+    return static_cast<std::size_t>(
+        std::count_if(report.files.begin(), report.files.end(),
+                      [&](const CheckedFile& file) { return report.hasErrors(file.file); }));
 }
 
 } // namespace exampledoc
