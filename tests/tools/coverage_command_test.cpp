@@ -56,6 +56,7 @@ TEST_F(CoverageCommand, CountsLocalisedMissingAndOrphanIdsPerHelpFolderAndLocale
     exampledoc::coverageCommand(options, text, err);
     EXPECT_EQ(text.str(), "g  (1 English example)\n"
                           "  ja_JP  0 of 1 example localised (0%), 1 missing: no catalogue\n"
+                          "\n"
                           "h  (3 English examples)\n"
                           "  ja_JP  1 of 3 examples localised (33%), 2 missing, 1 orphan\n"
                           "         missing  c/b\n"

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/serialize.hpp>
@@ -29,14 +31,14 @@ std::string_view levelOf(Severity severity) {
     return severityName(severity);
 }
 
-boost::json::object resultOf(const Finding& finding, std::size_t ruleIndex) {
+boost::json::object resultOf(const Finding& finding, std::size_t ruleIndex, const std::string& prefix) {
     // An entry of a package has no file of its own: the result lies on the package, and the
     // entry is named in the message.
     const std::size_t bang = finding.file.find('!');
     const bool inPackage = bang != std::string::npos;
     boost::json::object physical{
-        {"artifactLocation",
-         boost::json::object{{"uri", uriOf(finding.file.substr(0, bang))}, {"uriBaseId", "ROOT"}}}};
+        {"artifactLocation", boost::json::object{{"uri", prefix + uriOf(finding.file.substr(0, bang))},
+                                                 {"uriBaseId", "%SRCROOT%"}}}};
     if (finding.line != 0 && !inPackage) {
         physical["region"] =
             boost::json::object{{"startLine", finding.line}, {"startColumn", finding.column}};
@@ -70,6 +72,17 @@ boost::json::object resultOf(const Finding& finding, std::size_t ruleIndex) {
 } // namespace
 
 void writeCheckSarif(std::ostream& out, const CheckReport& report) {
+    // Paths are given from the working folder, as code scanning expects them from the checkout,
+    // unless the root lies outside it; then from the root.
+    namespace fs = std::filesystem;
+    const fs::path root = fs::absolute(report.root).lexically_normal();
+    const fs::path fromHere = root.lexically_relative(fs::current_path());
+    const bool inside = !fromHere.empty() && *fromHere.begin() != "..";
+    const std::string prefix = inside && fromHere != "." ? uriOf(fromHere.string()) + "/" : "";
+    std::string base = uriOf((inside ? fs::current_path() : root).string());
+    if (base.empty() || base.back() != '/') {
+        base += '/';
+    }
     const auto& rules = checkRules();
     boost::json::array ruleObjects;
     for (const CheckRule& rule : rules) {
@@ -85,11 +98,7 @@ void writeCheckSarif(std::ostream& out, const CheckReport& report) {
         while (index < rules.size() && rules[index].name != finding.rule) {
             ++index;
         }
-        results.push_back(resultOf(finding, index));
-    }
-    std::string root = uriOf(report.root);
-    if (root.empty() || root.back() != '/') {
-        root += '/';
+        results.push_back(resultOf(finding, index, prefix));
     }
     const boost::json::object log{
         {"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
@@ -99,7 +108,7 @@ void writeCheckSarif(std::ostream& out, const CheckReport& report) {
                                                    boost::json::object{{"name", "exampledoc"},
                                                                        {"rules", std::move(ruleObjects)}}}}},
                      {"originalUriBaseIds",
-                      boost::json::object{{"ROOT", boost::json::object{{"uri", "file://" + root}}}}},
+                      boost::json::object{{"%SRCROOT%", boost::json::object{{"uri", "file://" + base}}}}},
                      {"columnKind", "unicodeCodePoints"},
                      {"results", std::move(results)},
                  }}},

@@ -125,7 +125,7 @@ int coverageCommand(const Options& options, std::ostream& out, std::ostream& err
     boost::json::array helpFolders;
     for (const auto& [helpFolder, ids] : folders) {
         if (options.format == "text") {
-            out << utf16ToUtf8(helpFolder) << "  (" << ids.english.size()
+            out << (helpFolders.empty() ? "" : "\n") << utf16ToUtf8(helpFolder) << "  (" << ids.english.size()
                 << (ids.english.size() == 1 ? " English example)\n" : " English examples)\n");
         }
         boost::json::object locales;
