@@ -1,7 +1,7 @@
 // Arbitrary bytes through the tool's check: a catalogue file of those bytes, or a package when
 // they begin as a zip does. The check ends with 0 or 1 and never throws; for a catalogue file its
 // verdict agrees with the library, which reads the file exactly when the check finds it good, and
-// every finding in the file has a place inside the text.
+// every finding in the file but one of reading has a place inside the text.
 
 #include <algorithm>
 #include <cstddef>
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t lines = 1 + static_cast<std::size_t>(std::count(data, data + size, '\n'));
     for (const auto& finding : report.at("findings").as_array()) {
         const auto& line = finding.at("line");
-        if (!package && finding.at("file") == "h/ex.json" &&
+        if (!package && finding.at("file") == "h/ex.json" && finding.at("rule") != "unreadable" &&
             (!line.is_int64() || line.as_int64() < 1 || static_cast<std::size_t>(line.as_int64()) > lines ||
              finding.at("column").as_int64() < 1)) {
             __builtin_trap();

@@ -191,7 +191,13 @@ private:
             explainSyntax(error, consumed);
             return;
         }
-        explainFormat(syntax.release(), complaint);
+        // Finding the place must never cost the finding: a complaint this check does not know
+        // is reported as the parser gave it.
+        try {
+            explainFormat(syntax.release(), complaint);
+        } catch (const std::exception&) {
+            add("bad-catalogue", "", {}, complaint);
+        }
     }
 
     void explainSyntax(const boost::json::error_code& error, std::size_t offset) {
@@ -440,7 +446,9 @@ private:
         std::map<std::u16string, std::size_t> firstIndex;
         for (std::size_t index = 0; index < entries.size(); ++index) {
             example::docparser::ExampleCatalogues single;
-            probe(header, entries[index], &single);
+            if (!probe(header, entries[index], &single).empty()) {
+                continue;
+            }
             const auto& [id, items] = *single.begin()->second.items.begin();
             const auto& item = items.front();
             const std::string idText = utf16ToUtf8(id);
