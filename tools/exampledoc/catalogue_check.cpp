@@ -231,9 +231,11 @@ private:
                 message = std::string("a comma may not come before '") + c + "'";
                 offset = before;
             } else {
-                message =
-                    "unexpected " + (static_cast<unsigned char>(c) < 0x20 ? std::string("control character")
-                                                                          : "'" + std::string(1, c) + "'");
+                // The text is UTF-8 up to here and beyond, so the character is whole.
+                const auto lead = static_cast<unsigned char>(c);
+                const std::size_t length = lead < 0xC0U ? 1 : lead < 0xE0U ? 2 : lead < 0xF0U ? 3 : 4;
+                message = "unexpected " + (lead < 0x20U ? std::string("control character")
+                                                        : "'" + text_.substr(offset, length) + "'");
                 if (error != boost::json::error::syntax) {
                     message += ": " + error.message();
                 }

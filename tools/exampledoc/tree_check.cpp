@@ -7,6 +7,7 @@
 #include <string>
 
 #include "check_rules.hpp"
+#include "json_position.hpp"
 #include "reference/docparser/read_zip_files.hpp"
 #include "zwhost/product_walk.hpp"
 #include "zwhost/unicode.hpp"
@@ -278,6 +279,15 @@ CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read) {
         report.locales.push_back(utf16ToUtf8(locale));
     }
     TreeCheck(report, scope, read).run();
+    // Findings are read by people and by JSON parsers: a name or a system's message that is not
+    // UTF-8 has each bad byte replaced.
+    for (Finding& finding : report.findings) {
+        for (std::string* text : {&finding.file, &finding.message}) {
+            if (firstInvalidUtf8(*text) != std::string::npos) {
+                *text = utf16ToUtf8(zwhost::unicode::utf8ToUtf16Replacing(*text));
+            }
+        }
+    }
     report.sortFindings();
     return report;
 }
