@@ -118,6 +118,10 @@ TEST_F(CheckCommand, EachRuleFindsItsProblemAtItsPlace) {
         {"help-folder-mismatch", {}, [](const fs::path& tree) {
              zwtest::writeZip(tree / "k/p.zip", {{"cat/x.json", catalogueText("k", "en_US", {})}, {"cat/x_zh_CN.json", catalogueText("K", "zh_CN", {})}});
          }, "k/p.zip!cat/x_zh_CN.json", 1, kAnywhere, "/header/helpFolder", "", "\"K\" differs from \"k\""},
+        {"help-folder-mismatch", {}, [](const fs::path& tree) {
+             zwtest::writeZip(tree / "c/g.zip", {{"g.json", catalogueText("g", "en_US", {})}});
+             zwtest::writeZip(tree / "c/g_ja_JP.zip", {{"x.json", catalogueText("G", "ja_JP", {})}});
+         }, "c/g_ja_JP.zip!x.json", 1, kAnywhere, "/header/helpFolder", "", "\"G\" differs from \"g\""},
         {"locale-mismatch", {{"h/ex_zh_CN.json", catalogueText("h", "ja_JP", {})}}, {}, "h/ex_zh_CN.json", 1, kAnywhere, "/header/locale", "", "says locale \"ja_JP\" but the file name says zh_CN"},
         {"locale-mismatch", {{"h/ex.json", catalogueText("h", "ko_KR", {})}}, {}, "h/ex.json", 1, kAnywhere, "/header/locale", "", "English"},
         {"duplicate-catalogue", {{"h/a.json", catalogueText("h", "en_US", {})}}, [](const fs::path& tree) {
