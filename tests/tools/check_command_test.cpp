@@ -109,6 +109,8 @@ TEST_F(CheckCommand, EachRuleFindsItsProblemAtItsPlace) {
         {"wrong-type", {{"h/ex.json", "{\"header\":{},\"exampleItems\":[\n 7]}"}}, {}, "h/ex.json", 2, 2, "/exampleItems/0", "", "must be an object, found a number"},
         {"bad-package", {{"h/p.zip", "not a zip"}}, {}, "h/p.zip", kUnplaced, 0, "", "", "not read"},
         {"unreadable", {{"h/ex.json", catalogueText("h", "en_US", {})}}, [](const fs::path&) { zwhost::settings::setReadLimit(8); }, "h/ex.json", kUnplaced, 0, "", "", "read limit"},
+        {"unsupported-compression", {}, [](const fs::path& tree) { fs::create_directories(tree / "h"); fs::copy_file(ZW_TEST_DATA "/check/lzma-entry.zip", tree / "h/p.zip"); },
+         "h/p.zip!l.json", kUnplaced, 0, "", "", "ompression method"},
         {"duplicate-id", {{"h/ex.json", catalogueText("h", "en_US", {{"a", "A"}, {"b", "B"}, {"a", "C"}})}}, {}, "h/ex.json", 1, kAnywhere, "/exampleItems/2", "c/a", "exampleItems[0] has the same id"},
         {"unknown-kind", {{"h/ex.json", withEntry(R"(,"exampleType":"Live_Script")")}}, {}, "h/ex.json", 2, 56, "/exampleItems/0/exampleType", "c/n", "did you mean \"Live Script\""},
         {"empty-field", {{"h/ex.json", catalogueText("h", "en_US", {{"a", "  "}})}}, {}, "h/ex.json", 1, kAnywhere, "/exampleItems/0/title", "c/a", "\"title\" is empty"},
@@ -270,7 +272,7 @@ TEST_F(CheckCommand, SarifFollowsTheSchemaAndPlacesFindingsOnTheirLines) {
     const std::string validate =
         "python3 -c 'import json, sys, jsonschema; jsonschema.validate(json.load(open(sys.argv[1])), "
         "json.load(open(sys.argv[2])))' '" +
-        file.string() + "' '" ZW_SARIF_SCHEMA "'";
+        file.string() + "' '" ZW_TEST_DATA "/sarif/sarif-schema-2.1.0.json'";
     EXPECT_EQ(std::system(validate.c_str()), 0) << log;
 
     const auto results = boost::json::parse(log).at("runs").at(0).at("results").as_array();

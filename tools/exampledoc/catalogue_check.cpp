@@ -1,6 +1,7 @@
 #include "catalogue_check.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <map>
 #include <regex>
 

@@ -1,3 +1,4 @@
+#include <cctype>
 #include <filesystem>
 
 #include <boost/json/array.hpp>

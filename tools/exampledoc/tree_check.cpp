@@ -1,6 +1,7 @@
 #include "tree_check.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <map>
 #include <set>
@@ -167,10 +168,11 @@ private:
             text = read();
         } catch (const std::exception& error) {
             const std::string reason = error.what();
-            addFinding(label,
-                       reason.find("compression method") != std::string::npos ? "unsupported-compression"
-                                                                              : "unreadable",
-                       "not read: " + reason);
+            std::string lower = reason;
+            std::transform(lower.begin(), lower.end(), lower.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+            const bool compression = lower.find("compression method") != std::string::npos;
+            addFinding(label, compression ? "unsupported-compression" : "unreadable", "not read: " + reason);
             report_.files.push_back(std::move(file));
             return;
         }
