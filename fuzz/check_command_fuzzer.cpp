@@ -1,10 +1,14 @@
 // Arbitrary bytes through the tool's check: a catalogue file of those bytes, or a package when
 // they begin as a zip does. The check ends with 0 or 1 and never throws; for a catalogue file its
-// verdict agrees with the library, which reads the file exactly when the check finds it good.
+// verdict agrees with the library, which reads the file exactly when the check finds it good, and
+// every finding in the file but one of reading has a place inside the text.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
+
+#include <boost/json/parse.hpp>
 #include <string_view>
 
 #include "commands.hpp"
@@ -33,11 +37,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     exampledoc::Options options;
     options.root = tree().root().string();
+    options.format = "json";
     std::ostringstream out;
     std::ostringstream err;
     const int status = exampledoc::checkCommand(options, out, err);
     if (status != 0 && status != 1) {
         __builtin_trap();
+    }
+    const boost::json::value report = boost::json::parse(out.str());
+    const std::size_t lines = 1 + static_cast<std::size_t>(std::count(data, data + size, '\n'));
+    for (const auto& finding : report.at("findings").as_array()) {
+        const auto& line = finding.at("line");
+        if (!package && finding.at("file") == "h/ex.json" && finding.at("rule") != "unreadable" &&
+            (!line.is_int64() || line.as_int64() < 1 || static_cast<std::size_t>(line.as_int64()) > lines ||
+             finding.at("column").as_int64() < 1)) {
+            __builtin_trap();
+        }
     }
     if (!package) {
         const auto result = example::docparser::DocExampleParser::getDocExampleFiles(

@@ -95,27 +95,6 @@ TEST_F(Exampledoc, JsonHoldsEveryFieldOfEveryItem) {
     EXPECT_EQ(first.at("exampleTypeValue"), 1);
 }
 
-TEST_F(Exampledoc, CheckNamesWhatWouldBeSkippedAndWhy) {
-    zwtest::TempDir dir;
-    dir.write("docCatalog/exampleapi/a/good.json", zwtest::catalogueText("a", "en", {{"x", "X"}}));
-    dir.write("docCatalog/exampleapi/a/syntax.json", "{\n  \"header\": {},\n  \"exampleItems\": [,]\n}");
-    dir.write("docCatalog/exampleapi/a/format.json", R"({"header":{},"exampleItems":[{"name":"n"}]})");
-    dir.write("docCatalog/exampleapi/b/broken.zip", "not a zip at all");
-    dir.writeZip("docCatalog/exampleapi/b/pkg.zip",
-                 {{"p.json", zwtest::catalogueText("b", "en", {})}, {"q.json", "[1,"}});
-    const Outcome check = run({"check", "--root", dir.path().string(), "--locale", "en_US"});
-    EXPECT_EQ(check.status, 1);
-    for (const char* expected : {"ok    a/good.json: help folder \"a\", 1 example",
-                                 "SKIP  a/syntax.json: invalid JSON at line 3, column 20",
-                                 "SKIP  a/format.json: not a catalogue:", "\"component\"",
-                                 "SKIP  b/broken.zip: package cannot be opened", "ok    b/pkg.zip!p.json",
-                                 "SKIP  b/pkg.zip!q.json: invalid JSON at line 1, column 4",
-                                 "2 catalogues read, 4 files or packages skipped"}) {
-        EXPECT_NE(check.out.find(expected), std::string::npos) << expected << "\n" << check.out;
-    }
-    EXPECT_LT(check.out.find("b/pkg.zip"), check.out.find("a/good.json")) << "packages are read first";
-}
-
 TEST_F(Exampledoc, CheckPassesOnTheSampleTree) {
     for (const char* locale : {"en_US", "ja_JP", "zh_CN", "ko_KR"}) {
         const Outcome check = run({"check", "--root", sampleRoot, "--locale", locale});

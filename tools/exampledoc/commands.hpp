@@ -14,12 +14,12 @@ int listCommand(const Options& options, std::ostream& out, std::ostream& err);
     1 if no example has the id. */
 int showCommand(const Options& options, std::ostream& out, std::ostream& err);
 
-/** Reads every catalogue file and package as the library does and reports what it would skip;
-    1 if anything would be skipped, 0 otherwise. */
+/** Reads every catalogue of every locale (or of --locale) as the library does and reports each
+    problem as text, JSON or SARIF; 1 on errors (or warnings under --strict), 0 otherwise. */
 int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
 
-/** For each help folder and supported locale, how many English example ids are localised, which
-    are missing and which localised ids are orphans. */
+/** For each help folder and supported locale (or --locale), how many English example ids are
+    localised, which are missing and which localised ids are orphans, as text or JSON; 0. */
 int coverageCommand(const Options& options, std::ostream& out, std::ostream& err);
 
 } // namespace exampledoc

@@ -5,6 +5,7 @@
 #include "commands.hpp"
 #include "json_output.hpp"
 #include "text_output.hpp"
+#include "tree_check.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -60,6 +61,11 @@ int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     out << "Examples under " << escapeControls(utf16ToUtf8(root)) << " for locale "
         << utf16ToUtf8(zwhost::settings::currentLocale()) << "\n\n";
     printListing(out, catalogues, options.color);
+    if (const std::size_t skipped = countSkipped(root); skipped > 0) {
+        err << "exampledoc list: " << skipped
+            << (skipped == 1 ? " file or package was" : " files or packages were")
+            << " skipped; 'exampledoc check' tells why\n";
+    }
     return 0;
 }
 

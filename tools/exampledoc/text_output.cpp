@@ -113,7 +113,6 @@ std::string paintSeverity(std::string_view text, Severity severity, bool color) 
         fmt::emphasis::bold | fmt::fg(fmt::terminal_color::red),
         fmt::emphasis::bold | fmt::fg(fmt::terminal_color::yellow),
         fmt::fg(fmt::terminal_color::cyan),
-        fmt::fg(fmt::terminal_color::green),
     };
     return paint(text, kStyles.at(static_cast<std::size_t>(severity)), color);
 }

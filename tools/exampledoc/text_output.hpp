@@ -20,7 +20,7 @@ std::string escapeControls(std::string_view text);
 /** `text` followed by spaces up to `width` columns. */
 std::string padToWidth(std::string_view text, std::size_t width);
 
-enum class Severity { Error, Warning, Note, Ok };
+enum class Severity { Error, Warning, Note };
 
 /** `text` in the colour of `severity`, or as it is when `color` is false. */
 std::string paintSeverity(std::string_view text, Severity severity, bool color);

@@ -1,0 +1,46 @@
+#include <gtest/gtest.h>
+
+#include "json_position.hpp"
+
+namespace {
+
+struct PointerCase {
+    const char* text;
+    const char* pointer;
+    std::size_t line; // 0: the text does not hold the pointer
+    std::size_t column;
+};
+
+TEST(JsonPosition, FindsEachPointerAtItsKeyOrValueInCharacters) {
+    // clang-format off
+    const PointerCase cases[] = {
+        {"  {}", "", 1, 3},
+        {R"({"a/b":{"~":[1, {"x":true}]}})", "/a~1b/~0/1/x", 1, 18},
+        {R"({"a/b":{"~":[1, {"x":true}]}})", "/a~1b/~0/0", 1, 14},
+        {"[\n  \"\xE6\x97\xA5\xE6\x9C\xAC\", 5]", "/1", 2, 9},
+        {"{\"k\\u0041\":null,\n\"n\":[[],{}]}", "/kA", 1, 2},
+        {"{\"k\\u0041\":null,\n\"n\":[[],{}]}", "/n/1", 2, 9},
+        {R"({"a":1})", "/b", 0, 0},
+        {R"({"a":[1,2]})", "/a/2", 0, 0},
+    };
+    // clang-format on
+    for (const PointerCase& c : cases) {
+        SCOPED_TRACE(std::string(c.text) + " " + c.pointer);
+        const std::size_t offset = exampledoc::locateJsonPointers(c.text, {c.pointer}).at(0);
+        if (c.line == 0) {
+            EXPECT_EQ(offset, std::string::npos);
+            continue;
+        }
+        const exampledoc::TextPosition position = exampledoc::LineIndex(c.text).at(offset);
+        EXPECT_EQ(position.line, c.line);
+        EXPECT_EQ(position.column, c.column);
+    }
+    EXPECT_EQ(exampledoc::firstInvalidUtf8("ab\xE6\x97\xA5"
+                                           "c\xC3("),
+              6U);
+    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xE6\x97"), 0U);
+    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xED\xA0\x80"), 0U) << "an encoded surrogate";
+    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xE6\x97\xA5"), std::string::npos);
+}
+
+} // namespace

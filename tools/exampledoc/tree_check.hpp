@@ -1,0 +1,38 @@
+#pragma once
+// The walk of `exampledoc check` over a documentation tree: every catalogue of every checked
+// locale, read by the library's own code, English ones first.
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "catalogue_check.hpp"
+#include "check_report.hpp"
+#include "options.hpp"
+
+namespace exampledoc {
+
+/** What a check covers: the root, the supported locales, the locales checked, and the locale
+    suffix the walk filters by (empty for every locale). */
+struct TreeScope {
+    std::u16string root;
+    std::vector<std::u16string> docLocales;
+    std::vector<std::u16string> checked;
+    std::u16string suffix;
+    bool errorsOnly = false; // only what makes the library skip a file, without its place
+};
+
+/** The scope of `options`: every supported locale, or --locale alone. Applies the options;
+    throws UsageError as applyOptions does. */
+TreeScope scopeOf(const Options& options);
+
+/** Called for each catalogue the library reads, with its locale (empty for English). */
+using CatalogueRead = std::function<void(const std::u16string& locale, const CatalogueFacts& facts)>;
+
+/** Checks every catalogue of `scope` and gives the report, its findings in report order. */
+CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read = {});
+
+/** How many catalogue files and packages under `root` the library skips for the current locale. */
+std::size_t countSkipped(const std::u16string& root);
+
+} // namespace exampledoc
