@@ -308,6 +308,8 @@ TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemExactly) {
                              {u"empty.txt", ""},
                              {u"docs/例.json", "{}"}};
     EXPECT_EQ(readPackage(file), expected);
+    // A zip of no entries has its directory where its end record begins.
+    EXPECT_EQ(readPackage(dir.write("empty.zip", storedZip({}))), Leaves{});
 
     const opc::FileSystemOpsSelector selector(GetStorageSystemReference());
     opc::zippackage::ZipPhysicalPackage physical(u16(file.string()), selector, true);
@@ -583,6 +585,14 @@ TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
         }
         EXPECT_NE(leaves.back().second.find(bomb.refusal), std::string::npos) << leaves.back().second;
     }
+    // Below the ratio floor any ratio is taken: half a MiB of zeros packs to a few dozen bytes.
+    const std::string someZeros(kMiB / 2, '\0');
+    const OpenPackage small(dir.write("small.zip", storedZip({{.name = "z",
+                                                               .data = bzip2(someZeros),
+                                                               .size = someZeros.size(),
+                                                               .crc = crc32(someZeros),
+                                                               .method = 12}})));
+    EXPECT_EQ(small.readEach(kMiB, budget), (Leaves{{u"z", someZeros}}));
 }
 
 TEST(PackageServices, AFifoIsRefusedWithoutWaiting) {

@@ -62,8 +62,11 @@ private:
 };
 
 std::vector<std::u16string> products(const fs::path& root, const std::u16string& suffix = u"_ja_JP") {
-    const std::u16string root16 = u16(root.native());
+    std::u16string root16 = u16(root.native());
     const auto all = DocResourceParser::getAllProducts(root16, {u"ja_JP", u"ko_KR", u"zh_CN"}, suffix);
+    if (root16.ends_with(u'/')) {
+        root16.pop_back(); // a root given with a trailing '/' names the same folder
+    }
     // Each record as "L|P relative path|stem|0 or 1", loose ones first.
     std::vector<std::u16string> out;
     for (const auto* list : {&all.looseProducts, &all.packageProducts}) {
@@ -141,6 +144,7 @@ TEST_F(ReferenceService, WalksDepthFirstInByteOrderAndKeepsEnglishAndCurrentLoca
                                          u"P pkg/docs_ja_JP.zip|docs_ja_JP|1",
                                      }));
     EXPECT_EQ(products(tree.path(), u"_ko_KR").size(), 8U);
+    EXPECT_EQ(products(tree.path() / ""), products(tree.path()));
 }
 
 TEST_F(ReferenceService, FollowsNoLinkToAFolderAndStopsAtDepthSixteen) {
