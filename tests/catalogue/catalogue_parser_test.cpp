@@ -6,17 +6,17 @@
 #include <gtest/gtest.h>
 
 #include "support/host_leak_check.hpp"
+#include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
 
 namespace {
 
-using example::docparser::ExampleItem;
-using example::docparser::ExampleType;
 using example::docparser::detail::parseExampleCatalogue;
 
-std::string catalogue(const std::string& items, const std::string& helpFolder = "graphics") {
-    return R"({"header":{"product":"Core","version":"1.0","helpFolder":")" + helpFolder +
-           R"(","locale":"en_US"},"exampleItems":[)" + items + "]}";
+std::string catalogue(const std::string& items) {
+    return R"({"header":{"product":"Core","version":"1.0","helpFolder":"graphics","locale":"en_US"},)"
+           R"("exampleItems":[)" +
+           items + "]}";
 }
 
 std::string entry(const std::string& component, const std::string& name, const std::string& extra = "") {
@@ -24,114 +24,61 @@ std::string entry(const std::string& component, const std::string& name, const s
            R"(","title":" T ","thumbnail":"t.png")" + extra + "}";
 }
 
-const ExampleItem& only(const example::docparser::ExampleCatalogues& result, const std::u16string& id) {
-    const auto& items = result.begin()->second.items;
-    EXPECT_EQ(items.count(id), 1U) << "no id";
-    return items.at(id).at(0);
-}
-
 using CatalogueParser = zwtest::HostLeakCheck;
 
-TEST_F(CatalogueParser, EmptyItemArrayGivesOneEmptyCatalogueUnderTheHelpFolder) {
-    const auto result = parseExampleCatalogue(catalogue(""));
-    ASSERT_EQ(result.size(), 1U);
-    EXPECT_EQ(result.begin()->first, u"graphics");
-    EXPECT_EQ(result.begin()->second.header.getProduct(), u"Core");
-    EXPECT_TRUE(result.begin()->second.items.empty());
-}
-
-TEST_F(CatalogueParser, ReadsEveryFieldOfAnEntry) {
-    const auto result = parseExampleCatalogue(catalogue(
-        entry("graphics", "plot3",
-              R"(,"description":"  Lines \u00e9\ud83d\ude00 ","exampleType":"Live Script",)"
-              R"("openCmd":" run(1) ","relative_path":[" a/b.m "],"supporting_files":[" data.csv "],)"
-              R"("docid_links":[{"docid":"d1","target":"t1"},{"docid":"d2","target":""}],"extra":7)")));
-    const ExampleItem& item = only(result, u"graphics/plot3");
-    EXPECT_EQ(item.getName(), u"plot3");
-    EXPECT_EQ(item.getComponent(), u"graphics");
-    EXPECT_EQ(item.getTitle(), u"T");
-    EXPECT_EQ(item.getDescription(), u"Lines \u00e9\U0001F600");
-    EXPECT_EQ(item.getThumbnail(), u"t.png");
-    EXPECT_EQ(item.getExampleType(), ExampleType::Live_Script);
-    EXPECT_EQ(item.getOpenCommand(), u"run(1)");
-    EXPECT_EQ(item.getRelativePaths(), std::vector<std::u16string>{u" a/b.m "});
-    EXPECT_EQ(item.getSupportingFiles(), std::vector<std::u16string>{u"data.csv"});
-    ASSERT_EQ(item.getDocIDLinks().size(), 2U);
-    EXPECT_EQ(item.getDocIDLinks()[0].getDocID(), u"d1");
-    EXPECT_EQ(item.getDocIDLinks()[0].getTarget(), u"t1");
-    EXPECT_EQ(item.getDocIDLinks()[1].getTarget(), u"");
-}
-
-TEST_F(CatalogueParser, AbsentOptionalMembersTakeTheirDefaults) {
-    const auto result = parseExampleCatalogue(catalogue(entry("c", "n")));
-    const ExampleItem& item = only(result, u"c/n");
-    EXPECT_EQ(item.getDescription(), u"");
-    EXPECT_EQ(item.getExampleType(), ExampleType::Unknown);
-    EXPECT_EQ(item.getOpenCommand(), u"openExample('c/n');");
-    EXPECT_TRUE(item.getRelativePaths().empty());
-    EXPECT_TRUE(item.getSupportingFiles().empty());
-    EXPECT_TRUE(item.getDocIDLinks().empty());
-    const auto emptyLinks = parseExampleCatalogue(catalogue(entry("c", "n", R"(,"docid_links":[])")));
-    const ExampleItem& withEmptyLinks = only(emptyLinks, u"c/n");
-    EXPECT_TRUE(withEmptyLinks.getDocIDLinks().empty());
-    EXPECT_EQ(withEmptyLinks.getDocIDLinks().capacity(), 0U);
+TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
+    // Each item as described: id|title|description|thumbnail|open command|kind|paths, files|links.
+    const struct {
+        std::string items;
+        const char* described;
+    } rows[] = {
+        {"", "graphics:\n"},
+        {entry("graphics", "plot3",
+               R"(,"description":"  Lines \u00e9\ud83d\ude00 ","exampleType":"Live Script",)"
+               R"("openCmd":" run(1) ","relative_path":[" a/b.m "],"supporting_files":[" data.csv "],)"
+               R"("docid_links":[{"docid":"d1","target":"t1"},{"docid":"d2","target":""}],"extra":7)"),
+         "graphics:\ngraphics/plot3|T|Lines \u00e9\U0001F600|t.png|run(1)|0| a/b.m |data.csv|d1>t1|d2>\n"},
+        {entry("c", "n", R"(,"docid_links":[],"description":null,"openCmd":null)"),
+         "graphics:\nc/n|T||t.png|openExample('c/n');|6\n"},
+        {entry("c", "it's", R"(,"openCmd":"")") + "," + entry("", "lonely", R"(,"openCmd":"  ")"),
+         "graphics:\n|T||t.png|openExample('/lonely');|6\nc/it's|T||t.png|openExample('c/it's');|6\n"},
+        // Ids in code-unit order; two items of one id keep their order in the file.
+        {entry("b", "x", R"(,"openCmd":"first")") + "," + entry("a", "\u00e9") + "," + entry("a", "Z") + "," +
+             entry("b", "x", R"(,"openCmd":"second")"),
+         "graphics:\na/Z|T||t.png|openExample('a/Z');|6\na/\u00e9|T||t.png|openExample('a/\u00e9');|6\n"
+         "b/x|T||t.png|first|6\nb/x|T||t.png|second|6\n"},
+    };
+    for (const auto& row : rows) {
+        const auto result = parseExampleCatalogue(catalogue(row.items));
+        EXPECT_EQ(zwtest::describe(result), row.described);
+        EXPECT_EQ(result.begin()->second.header.getProduct(), u"Core");
+    }
+    const auto result = parseExampleCatalogue(catalogue(entry("c", "n", R"(,"docid_links":[])")));
+    EXPECT_EQ(result.begin()->second.items.at(u"c/n").at(0).getDocIDLinks().capacity(), 0U);
 }
 
 TEST_F(CatalogueParser, KindsAreExactCatalogueForms) {
-    const struct {
-        const char* text;
-        ExampleType::Value kind;
-    } rows[] = {{"Live Script", ExampleType::Live_Script},
-                {"Live_Script", ExampleType::Unknown},
-                {"script", ExampleType::Unknown},
-                {"App", ExampleType::App},
-                {"", ExampleType::Unknown}};
-    for (const auto& row : rows) {
-        const auto result = parseExampleCatalogue(
-            catalogue(entry("c", "n", std::string(R"(,"exampleType":")") + row.text + "\"")));
-        EXPECT_EQ(only(result, u"c/n").getExampleType(), row.kind) << row.text;
+    const std::pair<const char*, char> rows[] = {
+        {"Live Script", '0'}, {"Live_Script", '6'}, {"script", '6'}, {"App", '5'}, {"", '6'}};
+    for (const auto& [text, kind] : rows) {
+        const std::string described = zwtest::describe(parseExampleCatalogue(
+            catalogue(entry("c", "n", R"(,"exampleType":")" + std::string(text) + "\""))));
+        EXPECT_EQ(described.at(described.size() - 2), kind) << text;
     }
-}
-
-TEST_F(CatalogueParser, EmptyOpenCommandGetsTheDefaultWithTheIdUnescaped) {
-    const auto result = parseExampleCatalogue(
-        catalogue(entry("c", "it's", R"(,"openCmd":"")") + "," + entry("", "lonely", R"(,"openCmd":"  ")")));
-    EXPECT_EQ(only(result, u"c/it's").getOpenCommand(), u"openExample('c/it's');");
-    const ExampleItem& orphan = only(result, u"/lonely");
-    EXPECT_EQ(orphan.getOpenCommand(), u"openExample('/lonely');");
-    EXPECT_EQ(orphan.getID(), u"");
-}
-
-TEST_F(CatalogueParser, IdsAreOrderedByCodeUnitAndDuplicatesKeepFileOrder) {
-    const auto result = parseExampleCatalogue(
-        catalogue(entry("b", "x", R"(,"openCmd":"first")") + "," + entry("a", "\u00e9") + "," +
-                  entry("a", "Z") + "," + entry("b", "x", R"(,"openCmd":"second")") + "," + entry("a", "z")));
-    const auto& items = result.begin()->second.items;
-    std::vector<std::u16string> ids;
-    for (const auto& [id, vector] : items) {
-        ids.push_back(id);
-    }
-    EXPECT_EQ(ids, (std::vector<std::u16string>{u"a/Z", u"a/z", u"a/\u00e9", u"b/x"}));
-    const auto& twins = items.at(u"b/x");
-    ASSERT_EQ(twins.size(), 2U);
-    EXPECT_EQ(twins[0].getOpenCommand(), u"first");
-    EXPECT_EQ(twins[1].getOpenCommand(), u"second");
-}
-
-std::string nested(int depth) {
-    std::string open(static_cast<std::size_t>(depth), '[');
-    return open + std::string(static_cast<std::size_t>(depth), ']');
-}
-
-TEST_F(CatalogueParser, NestingUpToThirtyTwoIsAccepted) {
-    // The root object and its "extra" member take two levels.
-    const auto result = parseExampleCatalogue(catalogue(entry("c", "n", R"(,"extra":)" + nested(29))));
-    EXPECT_EQ(result.begin()->second.items.size(), 1U);
-    EXPECT_THROW(parseExampleCatalogue(catalogue(entry("c", "n", R"(,"extra":)" + nested(30)))),
-                 boost::system::system_error);
 }
 
 TEST_F(CatalogueParser, MalformedTextFailsTheWholeFile) {
+    std::string hundred;
+    for (int i = 0; i < 100; ++i) {
+        hundred += entry("c", "n" + std::to_string(i)) + ",";
+    }
+    EXPECT_EQ(parseExampleCatalogue(catalogue(hundred + entry("c", "last"))).begin()->second.items.size(),
+              101U);
+    // The root object and its "extra" member take two levels of the 32 allowed.
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    EXPECT_NO_THROW(parseExampleCatalogue(catalogue(entry("c", "n", R"(,"extra":)" + nested(29)))));
+    EXPECT_THROW(parseExampleCatalogue(catalogue(entry("c", "n", R"(,"extra":)" + nested(30)))),
+                 boost::system::system_error);
     const std::string bad[] = {
         "",
         "{",
@@ -146,7 +93,7 @@ TEST_F(CatalogueParser, MalformedTextFailsTheWholeFile) {
         R"({"header":{}})",
         R"({"header":{},"exampleItems":{}})",
         catalogue("7"),
-        catalogue(R"({"component":"c","title":"t","thumbnail":"x"})"),
+        catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"),
         catalogue(entry("c", "n", R"(,"exampleType":5)")),
         catalogue(entry("c", "n", R"(,"relative_path":"a")")),
         catalogue(entry("c", "n", R"(,"supporting_files":[1])")),
@@ -157,24 +104,6 @@ TEST_F(CatalogueParser, MalformedTextFailsTheWholeFile) {
     for (const std::string& text : bad) {
         EXPECT_ANY_THROW(parseExampleCatalogue(text)) << text;
     }
-}
-
-TEST_F(CatalogueParser, NullDescriptionAndOpenCommandFallBack) {
-    const auto result =
-        parseExampleCatalogue(catalogue(entry("c", "n", R"(,"description":null,"openCmd":null)")));
-    const ExampleItem& item = only(result, u"c/n");
-    EXPECT_EQ(item.getDescription(), u"");
-    EXPECT_EQ(item.getOpenCommand(), u"openExample('c/n');");
-}
-
-TEST_F(CatalogueParser, OneBadEntryLosesAHundredGoodOnes) {
-    std::string items;
-    for (int i = 0; i < 100; ++i) {
-        items += entry("c", "n" + std::to_string(i)) + ",";
-    }
-    EXPECT_EQ(parseExampleCatalogue(catalogue(items + entry("c", "last"))).begin()->second.items.size(),
-              101U);
-    EXPECT_ANY_THROW(parseExampleCatalogue(catalogue(items + R"({"name":"no component"})")));
 }
 
 TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {

@@ -65,56 +65,44 @@ TEST_F(ReadJsonFiles, PrecedenceBetweenTwoFilesOfOneHelpFolder) {
     }
 }
 
-TEST_F(ReadJsonFiles, FirstFileOfAKeyNeedsNoEnglishPartner) {
-    const Results results = read({file("x_ja_JP.json", true, zwtest::catalogueText("h", "ja", {{"n", "T"}})),
-                                  file("y.json", false, zwtest::catalogueText("other", "en", {}))});
-    EXPECT_EQ(title(results, u"c/n"), u"T");
-    EXPECT_EQ(results.installed.count(u"other"), 1U);
-}
-
-TEST_F(ReadJsonFiles, ABadFileCostsOnlyItself) {
-    const Results results = read({
+TEST_F(ReadJsonFiles, ABadFileCostsOnlyItselfAndNoFilesChangeNothing) {
+    Results results = read({
+        file("x_ja_JP.json", true, zwtest::catalogueText("other", "ja", {{"n", "T"}})),
         file("good.json", false, zwtest::catalogueText("h", "en", {{"n", "kept"}})),
         file("bad.json", true, zwtest::catalogueText("h", "ja", {{"n", "lost"}}) + ","),
         ProductPathData(u"missing", true, zwtest::u16((dir.path() / "missing.json").string())),
         file("empty.json", false, ""),
     });
+    EXPECT_EQ(results.installed.at(u"other").items.at(u"c/n").at(0).getTitle(), u"T")
+        << "no English partner needed";
     EXPECT_EQ(title(results, u"c/n"), u"kept");
     EXPECT_EQ(results.installed.at(u"h").header.getLocale(), u"en");
+    parse = [](const std::string&) -> ExampleCatalogues { throw std::logic_error("must not be called"); };
+    EXPECT_EQ(title(read({}, std::move(results)), u"c/n"), u"kept");
 }
 
-TEST_F(ReadJsonFiles, PredicateChoosesTheMapAndItsFailureCostsTheRestOfTheFile) {
+TEST_F(ReadJsonFiles, PredicateChoosesTheMapAndAnEmptyCallableSkipsEveryFile) {
     installed = [](const std::u16string& key) {
         if (key == u"boom") {
             throw std::runtime_error("predicate failed");
         }
         return key != u"out";
     };
-    const Results results = read({
+    const std::vector<ProductPathData> files = {
         file("in.json", false, zwtest::catalogueText("in", "en", {{"n", "in"}})),
         file("out.json", false, zwtest::catalogueText("out", "en", {{"n", "out"}})),
         file("boom.json", false, zwtest::catalogueText("boom", "en", {{"n", "x"}})),
-    });
+    };
+    const Results results = read(files);
     EXPECT_EQ(results.installed.size(), 1U);
     EXPECT_EQ(results.installed.count(u"in"), 1U);
     EXPECT_EQ(results.notInstalled.size(), 1U);
     EXPECT_EQ(results.notInstalled.count(u"out"), 1U);
-}
-
-TEST_F(ReadJsonFiles, EmptyCallablesSkipEveryFileWithoutFailing) {
-    const std::vector<ProductPathData> files = {file("a.json", false, zwtest::catalogueText("h", "en", {}))};
-    parse = nullptr;
-    EXPECT_TRUE(read(files).installed.empty());
-    parse = &example::docparser::detail::parseExampleCatalogue;
     installed = nullptr;
     EXPECT_TRUE(read(files).installed.empty());
-}
-
-TEST_F(ReadJsonFiles, NoFilesLeaveTheResultsAsTheyWere) {
-    Results before = read({file("a.json", false, zwtest::catalogueText("h", "en", {{"n", "T"}}))});
-    parse = [](const std::string&) -> ExampleCatalogues { throw std::logic_error("must not be called"); };
-    const Results after = read({}, std::move(before));
-    EXPECT_EQ(title(after, u"c/n"), u"T");
+    installed = [](const std::u16string&) { return true; };
+    parse = nullptr;
+    EXPECT_TRUE(read(files).installed.empty());
 }
 
 TEST_F(ReadJsonFiles, LocaleFlagIsAskedOutsideTheGuard) {

@@ -7,6 +7,7 @@
 #include "example/docparser/doc_example_parser.hpp"
 #include "support/catalogue_text.hpp"
 #include "support/temp_tree.hpp"
+#include "zwhost/unicode.hpp"
 
 namespace zwtest {
 
@@ -37,14 +38,14 @@ inline std::string describe(const example::docparser::ExampleItem& item) {
     for (const auto& link : item.getDocIDLinks()) {
         text += u'|' + link.getDocID() + u'>' + link.getTarget();
     }
-    return std::string(text.begin(), text.end());
+    return zwhost::unicode::utf16ToUtf8(text);
 }
 
 /** Every item of a result, one line each, under the name of its help folder. */
 inline std::string describe(const example::docparser::ExampleCatalogues& result) {
     std::string text;
     for (const auto& [folder, catalogue] : result) {
-        text += std::string(folder.begin(), folder.end()) + ":\n";
+        text += zwhost::unicode::utf16ToUtf8(folder) + ":\n";
         for (const auto& [id, items] : catalogue.items) {
             for (const auto& item : items) {
                 text += describe(item) + '\n';

@@ -1,0 +1,141 @@
+#include <cstdint>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "example/docparser/example_item.hpp"
+#include "example/docparser/example_type.hpp"
+#include "support/host_leak_check.hpp"
+#include "support/item_caches.hpp"
+
+namespace {
+
+using example::docparser::DocIDLink;
+using example::docparser::ExampleItem;
+using example::docparser::ExampleType;
+using Caches = example::docparser::detail::ExampleItemCaches;
+using Arrays = std::vector<const zxArray_tag*>;
+
+TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
+    const std::pair<std::string_view, ExampleType::Value> rows[] = {
+        {"Live Script", ExampleType::Live_Script},
+        {"Script", ExampleType::Script},
+        {"Model", ExampleType::Model},
+        {"Example", ExampleType::Example},
+        {"Chart", ExampleType::Chart},
+        {"App", ExampleType::App},
+        {"Unknown", ExampleType::Unknown},
+        {"Live_Script", ExampleType::Unknown},
+        {"live script", ExampleType::Unknown},
+        {"SCRIPT", ExampleType::Unknown},
+        {"mODEL", ExampleType::Unknown},
+        {" App", ExampleType::Unknown},
+        {"App ", ExampleType::Unknown},
+        {"Ap", ExampleType::Unknown},
+        {"Apps", ExampleType::Unknown},
+        {"Live", ExampleType::Unknown},
+        {"", ExampleType::Unknown},
+        {"\xff", ExampleType::Unknown},
+        {"Chart\t", ExampleType::Unknown},
+        {std::string_view("App\0", 4), ExampleType::Unknown},
+        {std::string_view("Model\0x", 7), ExampleType::Unknown},
+    };
+    for (const auto& [text, value] : rows) {
+        EXPECT_EQ(ExampleType::stringToEnum(text), value) << '"' << text << '"';
+    }
+    EXPECT_EQ(ExampleType::enumToString(ExampleType::Live_Script), "Live_Script");
+    for (std::uint32_t v = 0; v <= 6; ++v) {
+        const auto value = static_cast<ExampleType::Value>(v);
+        EXPECT_EQ(ExampleType::stringToEnum(ExampleType::enumToString(value)),
+                  v == 0 ? ExampleType::Unknown : value);
+    }
+    for (std::uint32_t v : {7U, 200U, 4294967295U}) {
+        EXPECT_EQ(ExampleType::enumToString(static_cast<ExampleType::Value>(v)), "Unknown") << v;
+    }
+    EXPECT_EQ(ExampleType::getDefaultValue(), 6U);
+    EXPECT_STREQ(ExampleType::getZCOSNamespaceName(), "zentab.internal.example.docparser");
+    EXPECT_STREQ(ExampleType::getZCOSClassName(), "ExampleType");
+}
+
+ExampleItem makeItem(std::u16string component, std::u16string name,
+                     ExampleType::Value kind = ExampleType::Model) {
+    std::vector<DocIDLink> links;
+    links.emplace_back(u"doc0", u"t");
+    links.emplace_back(u"doc1", u"t");
+    return ExampleItem(std::move(name), std::move(component), u"Title", u"Description", {u"a/b.m", u"c.slx"},
+                       u"thumb.png", kind, u"open()", {u"data.mat"}, std::move(links));
+}
+
+// Fills the four caches with arrays of their own and gives back the pointers.
+Arrays fillCaches(const ExampleItem& item) {
+    Arrays pointers;
+    for (SharedZxArrayPtr* cache : {&Caches::relativePaths(item), &Caches::exampleType(item),
+                                    &Caches::supportingFiles(item), &Caches::docIDLinks(item)}) {
+        *cache = zwtest::makeScalar(1.0);
+        pointers.push_back(cache->get());
+    }
+    return pointers;
+}
+
+Arrays cachesOf(const ExampleItem& item) {
+    return {Caches::relativePaths(item).get(), Caches::exampleType(item).get(),
+            Caches::supportingFiles(item).get(), Caches::docIDLinks(item).get()};
+}
+
+using ExampleItemTest = zwtest::HostLeakCheck;
+
+TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
+    const std::u16string rows[][3] = {
+        {u"a", u"b", u"a/b"}, {u"a/b", u"c", u"a/b/c"}, {u"", u"b", u""}, {u"a", u"", u""}, {u"", u"", u""}};
+    for (const auto& [component, name, id] : rows) {
+        EXPECT_EQ(makeItem(component, name).getID(), id);
+    }
+}
+
+TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
+    const ExampleItem source = makeItem(u"comp", u"name", static_cast<ExampleType::Value>(200));
+    const Arrays cached = fillCaches(source);
+    const auto live = zwhost::arrays::liveCount();
+    const ExampleItem duplicate = source.copy();
+    EXPECT_EQ(zwhost::arrays::liveCount(), live);
+    EXPECT_EQ(cached[0]->refCount, 1U);
+    EXPECT_EQ(cachesOf(source), cached);
+    EXPECT_EQ(cachesOf(duplicate), Arrays(4, nullptr));
+    EXPECT_EQ(duplicate.getExampleType(), 200U);
+    EXPECT_EQ(duplicate.getName(), u"name");
+    EXPECT_EQ(duplicate.getRelativePaths(), source.getRelativePaths());
+    EXPECT_NE(duplicate.getRelativePaths().data(), source.getRelativePaths().data());
+    ASSERT_EQ(duplicate.getDocIDLinks().size(), 2U);
+    EXPECT_EQ(duplicate.getDocIDLinks()[1].getDocID(), u"doc1");
+    EXPECT_EQ(duplicate.getDocIDLinks().capacity(), 2U);
+    const ExampleItem empty =
+        ExampleItem(u"", u"", u"", u"", {}, u"", ExampleType::Unknown, u"", {}, {}).copy();
+    EXPECT_TRUE(empty.getDocIDLinks().empty());
+    EXPECT_EQ(DocIDLink(u"d", u"").copy().getDocID(), u"d");
+}
+
+TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
+    std::vector<ExampleItem> items;
+    items.push_back(makeItem(u"c", u"first"));
+    const Arrays cached = fillCaches(items.front());
+    const auto live = zwhost::arrays::liveCount();
+    for (int i = 0; i < 100; ++i) {
+        items.push_back(makeItem(u"c", u"more"));
+    }
+    EXPECT_EQ(cachesOf(items.front()), cached);
+    EXPECT_EQ(zwhost::arrays::liveCount(), live);
+    EXPECT_EQ(cached[0]->refCount, 1U);
+    SharedZxArrayPtr shared;
+    {
+        const ExampleItem moved = std::move(items.front());
+        EXPECT_EQ(cachesOf(items.front()), Arrays(4, nullptr));
+        EXPECT_EQ(cachesOf(moved), cached);
+        shared = Caches::supportingFiles(moved);
+        EXPECT_EQ(shared->refCount, 2U);
+    }
+    EXPECT_EQ(shared->refCount, 1U);
+}
+
+} // namespace
