@@ -36,6 +36,14 @@ TEST_F(FaultSweep, EachFailedCallCostsAFileAPackageOrTheWholeCall) {
     const std::uint64_t points = zwhost::fault::pointsReached();
     ASSERT_EQ(whole.size(), 3U);
     ASSERT_GT(points, 50U);
+    for (const char* operation :
+         {"DocResourceParser::getAllProducts", "DocResourceParser::isValidFilename",
+          "DocResourceParser::openAndReadFile", "ProductPathData::getFullPath", "ZipPhysicalPackage",
+          "Package", "Package::open", "FileSystemManager", "FileSystemManager::getAllLeafs",
+          "FileSystemManager::readEntry", "ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray",
+          "ParsingTools::getFluString", "ParsingTools::getFluStringWithFallback"}) {
+        EXPECT_GT(zwhost::fault::callsOf(operation), 0U) << operation << " is never failed";
+    }
 
     std::set<std::string> setUpFailures;
     for (std::uint64_t k = 1; k <= points; ++k) {
