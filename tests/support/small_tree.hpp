@@ -55,6 +55,21 @@ inline std::string describe(const example::docparser::ExampleCatalogues& result)
     return text;
 }
 
+/** Each help folder as "folder(locale): id=title ...", one line each: which file won what. */
+inline std::string titles(const example::docparser::ExampleCatalogues& result) {
+    std::string text;
+    for (const auto& [folder, catalogue] : result) {
+        text += zwhost::unicode::utf16ToUtf8(folder + u'(' + catalogue.header.getLocale() + u"):");
+        for (const auto& [id, items] : catalogue.items) {
+            for (const auto& item : items) {
+                text += zwhost::unicode::utf16ToUtf8(u' ' + id + u'=' + item.getTitle());
+            }
+        }
+        text += '\n';
+    }
+    return text;
+}
+
 /** Empty if every help folder of `part` is in `whole`, and every id there has the items `whole`
     gives it or those `english` gives it; otherwise the first id that breaks this. */
 inline std::string inconsistency(const example::docparser::ExampleCatalogues& part,
