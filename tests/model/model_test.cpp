@@ -17,6 +17,7 @@ using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
 using Caches = example::docparser::detail::ExampleItemCaches;
 using Arrays = std::vector<const zxArray_tag*>;
+using namespace std::string_view_literals;
 
 TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
     const std::pair<std::string_view, ExampleType::Value> rows[] = {
@@ -27,21 +28,14 @@ TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
         {"Chart", ExampleType::Chart},
         {"App", ExampleType::App},
         {"Unknown", ExampleType::Unknown},
-        {"Live_Script", ExampleType::Unknown},
-        {"live script", ExampleType::Unknown},
-        {"SCRIPT", ExampleType::Unknown},
-        {"mODEL", ExampleType::Unknown},
-        {" App", ExampleType::Unknown},
-        {"App ", ExampleType::Unknown},
-        {"Ap", ExampleType::Unknown},
-        {"Apps", ExampleType::Unknown},
-        {"Live", ExampleType::Unknown},
-        {"", ExampleType::Unknown},
-        {"\xff", ExampleType::Unknown},
-        {"Chart\t", ExampleType::Unknown},
-        {std::string_view("App\0", 4), ExampleType::Unknown},
-        {std::string_view("Model\0x", 7), ExampleType::Unknown},
     };
+    // Other case, other spacing, a part or more of a form, a NUL inside, bytes that are no text.
+    const std::string_view misses[] = {"Live_Script", "live script", "SCRIPT",    " App", "App ",
+                                       "Chart\t",     "Ap",          "Apps",      "Live", "",
+                                       "\xff",        "App\0"sv,     "Model\0x"sv};
+    for (const std::string_view miss : misses) {
+        EXPECT_EQ(ExampleType::stringToEnum(miss), ExampleType::Unknown) << '"' << miss << '"';
+    }
     for (const auto& [text, value] : rows) {
         EXPECT_EQ(ExampleType::stringToEnum(text), value) << '"' << text << '"';
     }
