@@ -17,15 +17,13 @@ std::atomic<bool> thrown{false};
 std::atomic<std::int64_t> live{0};
 std::atomic<std::int64_t> peak{0};
 
-void* allocate(std::size_t size, std::size_t alignment) {
+void* allocate(std::size_t size) {
     const bool counted = counting.load(std::memory_order_relaxed);
     if (counted && countdown.load() != 0 && --countdown == 0) {
         thrown = true;
         throw std::bad_alloc();
     }
-    void* block = alignment <= alignof(std::max_align_t)
-                      ? std::malloc(size == 0 ? 1 : size)
-                      : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    void* block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) {
         throw std::bad_alloc();
     }
@@ -75,22 +73,16 @@ void setCounting(bool on) {
 
 } // namespace zwtest::allocation
 
-// Every form but the nothrow ones, which the standard library builds on these, is replaced: no
-// block may be allocated by one allocator and freed by another (the sanitizers bring their own).
+// Every form the program uses is replaced (the standard library builds the nothrow ones on these):
+// no block may be allocated by one allocator and freed by another, as the sanitizers bring theirs.
 using zwtest::allocation::allocate;
 using zwtest::allocation::release;
 
 void* operator new(std::size_t size) {
-    return allocate(size, alignof(std::max_align_t));
+    return allocate(size);
 }
 void* operator new[](std::size_t size) {
-    return allocate(size, alignof(std::max_align_t));
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return allocate(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return allocate(size, static_cast<std::size_t>(alignment));
+    return allocate(size);
 }
 void operator delete(void* block) noexcept {
     release(block);
@@ -102,17 +94,5 @@ void operator delete(void* block, std::size_t) noexcept {
     release(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
     release(block);
 }
