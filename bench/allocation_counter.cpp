@@ -1,121 +1,36 @@
 #include "allocation_counter.hpp"
 
-#include <malloc.h>
-
-#include <atomic>
-#include <cstddef>
-#include <cstdlib>
-#include <new>
+#include "alloc/counting_new.hpp"
 
 namespace zwbench::heap {
 namespace {
 
-// The block's usable size is asked of malloc on both sides, so nothing is stored beside it.
-std::atomic<bool> counting{false};
-std::atomic<std::int64_t> live{0};
-std::atomic<std::int64_t> peak{0};
+namespace allocation = zwtest::allocation;
 
-void counted(void* block) {
-    if (!counting.load(std::memory_order_relaxed)) {
-        return;
-    }
-    const auto size = static_cast<std::int64_t>(malloc_usable_size(block));
-    const std::int64_t now = live.fetch_add(size, std::memory_order_relaxed) + size;
-    std::int64_t most = peak.load(std::memory_order_relaxed);
-    while (now > most && !peak.compare_exchange_weak(most, now, std::memory_order_relaxed)) {
-    }
-}
+// The program counts only inside windows, from before main on.
+[[maybe_unused]] const bool countingOff = (allocation::setCounting(false), true);
 
-void* allocate(std::size_t size, std::size_t alignment) {
-    void* block = alignment <= alignof(std::max_align_t)
-                      ? std::malloc(size == 0 ? 1 : size)
-                      : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    counted(block);
-    return block;
-}
-
-void release(void* block) noexcept {
-    if (block != nullptr && counting.load(std::memory_order_relaxed)) {
-        live.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(block)), std::memory_order_relaxed);
-    }
-    std::free(block);
+std::int64_t signedBytes(std::size_t bytes) {
+    return static_cast<std::int64_t>(bytes);
 }
 
 } // namespace
 
-Window::Window() {
-    live.store(0, std::memory_order_relaxed);
-    peak.store(0, std::memory_order_relaxed);
-    counting.store(true, std::memory_order_relaxed);
+Window::Window() : start_(signedBytes(allocation::liveBytes())) {
+    allocation::resetPeak();
+    allocation::setCounting(true);
 }
 
 Window::~Window() {
-    counting.store(false, std::memory_order_relaxed);
+    allocation::setCounting(false);
 }
 
 std::int64_t Window::liveBytes() const {
-    return live.load(std::memory_order_relaxed);
+    return signedBytes(allocation::liveBytes()) - start_;
 }
 
 std::int64_t Window::peakBytes() const {
-    return peak.load(std::memory_order_relaxed);
+    return signedBytes(allocation::peakBytes()) - start_;
 }
 
 } // namespace zwbench::heap
-
-using zwbench::heap::allocate;
-using zwbench::heap::release;
-
-void* operator new(std::size_t size) {
-    return allocate(size, alignof(std::max_align_t));
-}
-void* operator new[](std::size_t size) {
-    return allocate(size, alignof(std::max_align_t));
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return allocate(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return allocate(size, static_cast<std::size_t>(alignment));
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    try {
-        return allocate(size, alignof(std::max_align_t));
-    } catch (...) {
-        return nullptr;
-    }
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    try {
-        return allocate(size, alignof(std::max_align_t));
-    } catch (...) {
-        return nullptr;
-    }
-}
-void operator delete(void* block) noexcept {
-    release(block);
-}
-void operator delete[](void* block) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
-    release(block);
-}

@@ -1,7 +1,7 @@
 #pragma once
-// Heap accounting of the benchmark program: while a window is open, its global operator new and
-// delete count the bytes that are live, and the most that were live at once. Outside a window
-// they cost one flag test, so the timings are not skewed by the accounting.
+// Heap accounting of the benchmark program, on the allocation counter of the tests: while a
+// window is open the bytes that are live are counted, and the most that were live at once.
+// Outside a window each allocation costs one flag test, so the timings are not skewed.
 
 #include <cstdint>
 
@@ -20,6 +20,9 @@ public:
 
     /** The most that liveBytes has been so far. */
     std::int64_t peakBytes() const;
+
+private:
+    std::int64_t start_;
 };
 
 } // namespace zwbench::heap

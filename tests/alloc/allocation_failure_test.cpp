@@ -1,13 +1,12 @@
-// Allocation failures at every allocation of the parser, the bridge's accessors, the copies of
-// the records and a whole read; and the memory a hostile package may take.
+// A failure at every allocation and at every host call of the parser, the bridge's accessors,
+// the copies of the records and a whole read; and the memory a hostile package may take.
 
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <new>
 #include <optional>
+#include <set>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -27,43 +26,61 @@ using example::docparser::DocExampleParser;
 using example::docparser::ExampleCatalogues;
 using zwtest::ExampleItem;
 using zwtest::ExampleType;
+using zwtest::Strings;
 using Caches = example::docparser::detail::ExampleItemCaches;
 
-using Guarded = std::function<void(const std::function<void()>& operation)>;
+// Runs an operation with one failure armed; gives "" if it ran through, "allocation" if an
+// allocation failed, or the name of the host call that failed.
+using Guarded = std::function<std::string(const std::function<void()>& operation)>;
 
 // Calls `run` again and again; each time, the operation it hands to `guarded` runs with its first
-// allocation failing, then its second, and so on, until a run makes fewer allocations than the
-// one due to fail. `run` checks the outcome; host arrays and objects, and the bytes allocated,
-// must be back to their count after each run. Gives the number of allocations of a whole run.
-
+// allocation failing, then its second, and so on, and then likewise with each of its host calls,
+// until a run reaches fewer than the one due to fail. `run` checks the outcome; host arrays and
+// objects, and the bytes allocated, must be back to their count after each run. Gives the number
+// of allocations of a whole run.
 std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
     // A first run without failure makes what the host keeps for good (interned names, settings).
-    run([](const std::function<void()>& operation) { operation(); });
-    for (std::uint64_t n = 1;; ++n) {
-        SCOPED_TRACE("allocation " + std::to_string(n) + " fails");
-        const std::int64_t arrays = zwhost::arrays::liveCount();
-        const std::int64_t objects = zwhost::zcos::liveObjectCount();
-        const std::size_t bytes = allocation::liveBytes();
-        bool fired = false;
-        run([&](const std::function<void()>& operation) {
-            allocation::failAt(n);
-            try {
-                operation();
-            } catch (...) {
-                fired = allocation::failed();
+    run([](const std::function<void()>& operation) {
+        operation();
+        return std::string();
+    });
+    std::uint64_t allocations = 0;
+    for (const bool hostCalls : {false, true}) {
+        for (std::uint64_t n = 1;; ++n) {
+            SCOPED_TRACE((hostCalls ? "host call " : "allocation ") + std::to_string(n) + " fails");
+            zwhost::fault::reset();
+            const std::int64_t arrays = zwhost::arrays::liveCount();
+            const std::int64_t objects = zwhost::zcos::liveObjectCount();
+            const std::size_t bytes = allocation::liveBytes();
+            bool fired = false;
+            run([&](const std::function<void()>& operation) {
+                std::string failure;
+                zwhost::fault::reset();
+                hostCalls ? zwhost::fault::failAtPoint(n) : allocation::failAt(n);
+                try {
+                    operation();
+                } catch (const std::bad_alloc&) {
+                    failure = "allocation";
+                } catch (const zwhost::fault::InjectedFault& fault) {
+                    failure = std::string(fault.what()).substr(std::strlen("injected fault in "));
+                }
+                fired = hostCalls ? zwhost::fault::pointsReached() >= n : allocation::failed();
                 allocation::failAt(0);
-                throw;
+                zwhost::fault::reset();
+                return failure;
+            });
+            // The host's call counters are part of the bytes alive.
+            zwhost::fault::reset();
+            EXPECT_EQ(zwhost::arrays::liveCount(), arrays);
+            EXPECT_EQ(zwhost::zcos::liveObjectCount(), objects);
+            EXPECT_EQ(allocation::liveBytes(), bytes);
+            if (!fired || ::testing::Test::HasFailure()) {
+                allocations = hostCalls ? allocations : n - 1;
+                break;
             }
-            fired = allocation::failed();
-            allocation::failAt(0);
-        });
-        EXPECT_EQ(zwhost::arrays::liveCount(), arrays);
-        EXPECT_EQ(zwhost::zcos::liveObjectCount(), objects);
-        EXPECT_EQ(allocation::liveBytes(), bytes);
-        if (!fired || ::testing::Test::HasFailure()) {
-            return n - 1;
         }
     }
+    return allocations;
 }
 
 class AllocationFailure : public zwtest::BridgeTest {};
@@ -77,14 +94,11 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
         R"("supporting_files":[" peaksData.zat "],"docid_links":[{"docid":"graphics/ref/surf","target":"surf"}]},)"
         R"({"name":"n","component":"c","title":"t","thumbnail":"","exampleType":"App","openCmd":"run this one"}]})";
     const std::string whole = zwtest::describe(example::docparser::detail::parseExampleCatalogue(text));
-    const std::uint64_t allocations = sweep([&](const auto& guarded) {
+    const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
         ExampleCatalogues result;
-        try {
-            guarded([&] { result = example::docparser::detail::parseExampleCatalogue(text); });
-        } catch (const std::bad_alloc&) {
-            return;
+        if (guarded([&] { result = example::docparser::detail::parseExampleCatalogue(text); }).empty()) {
+            EXPECT_EQ(zwtest::describe(result), whole);
         }
-        EXPECT_EQ(zwtest::describe(result), whole);
     });
     EXPECT_GT(allocations, 20U);
 }
@@ -92,12 +106,10 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
 TEST_F(AllocationFailure, FailedCopyLeavesTheSourceAsItWas) {
     const ExampleItem item = makeItem(ExampleType::Chart, links({{u"a", u"1"}, {u"b", u"2"}}));
     const std::string before = zwtest::describe(item);
-    sweep([&](const auto& guarded) {
+    sweep([&](const Guarded& guarded) {
         std::optional<ExampleItem> copy;
-        try {
-            guarded([&] { copy.emplace(item.copy()); });
+        if (guarded([&] { copy.emplace(item.copy()); }).empty()) {
             EXPECT_EQ(zwtest::describe(*copy), before);
-        } catch (const std::bad_alloc&) {
         }
         EXPECT_EQ(zwtest::describe(item), before);
     });
@@ -108,96 +120,80 @@ TEST_F(AllocationFailure, FailedGetLeavesTheCacheEmptyForTheNextGet) {
         const char* name;
         const zxArray_tag* (ExampleItem::*get)() const;
         SharedZxArrayPtr& (*cache)(const ExampleItem&);
+        Strings value;
     } getters[] = {
-        {"RelativePaths", &ExampleItem::getRelativePathsProperty, &Caches::relativePaths},
-        {"SupportingFiles", &ExampleItem::getSupportingFilesProperty, &Caches::supportingFiles},
-        {"ExampleType", &ExampleItem::getExampleTypeProperty, &Caches::exampleType},
-        {"DocIDLinks", &ExampleItem::getDocIDLinksProperty, &Caches::docIDLinks},
+        {"RelativePaths", &ExampleItem::getRelativePathsProperty, &Caches::relativePaths, {u"a.m", u"b.m"}},
+        {"SupportingFiles",
+         &ExampleItem::getSupportingFilesProperty,
+         &Caches::supportingFiles,
+         {u"data.mat"}},
+        {"ExampleType", &ExampleItem::getExampleTypeProperty, &Caches::exampleType, {u"Chart"}},
+        {"DocIDLinks", &ExampleItem::getDocIDLinksProperty, &Caches::docIDLinks, {u"a", u"b"}},
     };
     for (const auto& getter : getters) {
         SCOPED_TRACE(getter.name);
-        const std::uint64_t allocations = sweep([&](const auto& guarded) {
+        const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
             const ExampleItem item = makeItem(ExampleType::Chart, links({{u"a", u"1"}, {u"b", u"2"}}));
-            const zxArray_tag* got = nullptr;
-            try {
-                guarded([&] { got = (item.*getter.get)(); });
-                EXPECT_NE(got, nullptr);
-            } catch (const std::bad_alloc&) {
-                EXPECT_EQ(getter.cache(item), nullptr);
-                EXPECT_NE((item.*getter.get)(), nullptr);
-            }
+            const bool failed = !guarded([&] { (item.*getter.get)(); }).empty();
+            EXPECT_EQ(getter.cache(item) == nullptr, failed);
+            EXPECT_EQ(textsOf((item.*getter.get)()), getter.value);
         });
         EXPECT_GT(allocations, 0U);
     }
 }
 
-TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSet) {
-    const auto cellRow = [] {
-        const unsigned long dims[] = {1, 2};
-        matrix::zx_array_handle value(matrix::createCellArray(dims));
-        value->cells[0] = matrix::from_zentab(matrix::createCharRow(u"x.m"));
-        value->cells[1] = matrix::from_zentab(matrix::createCharRow(u"y.m"));
-        return value;
-    };
-    const auto kind = [](unsigned long cols) {
-        const unsigned long dims[] = {1, cols};
-        matrix::zx_array_handle value(matrix::detail::do_create_uninitnumeric(dims, zxUINT32_CLASS, zxREAL));
-        for (unsigned long i = 0; i < cols; ++i) {
-            const std::uint32_t app = ExampleType::App;
-            std::memcpy(value->realData + 4 * i, &app, 4);
-        }
-        return value;
-    };
-    const std::u16string name = u"a longer name than fits in place";
+TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
+    using Handle = matrix::zx_array_handle;
     const struct {
         const char* name;
-        std::function<matrix::zx_array_handle()> value;
-        std::function<void(ExampleItem&, const zxArray_tag*)> set;
+        Handle value;
+        std::set<std::string> leaveItAsSet; // host calls whose failure leaves the new value, old cache
     } setters[] = {
-        {"Name", nullptr, [&](ExampleItem& item, const zxArray_tag*) { item.setNameProperty(&name); }},
-        {"RelativePaths", cellRow,
-         [](ExampleItem& item, const zxArray_tag* v) { item.setRelativePathsProperty(v); }},
-        {"SupportingFiles", cellRow,
-         [](ExampleItem& item, const zxArray_tag* v) { item.setSupportingFilesProperty(v); }},
-        {"ExampleType", [&] { return kind(1); },
-         [](ExampleItem& item, const zxArray_tag* v) { item.setExampleTypeProperty(v); }},
-        {"ExampleType, not a scalar", [&] { return kind(2); },
-         [](ExampleItem& item, const zxArray_tag* v) {
-             try {
-                 item.setExampleTypeProperty(v);
-                 ADD_FAILURE() << "a kind of two elements was taken";
-             } catch (const example::docparser::detail::RequireScalarError&) {
-             }
-         }},
+        {"Name", Handle(matrix::createCharRow(u"a longer name than fits in place")), {}},
+        {"RelativePaths", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), {}},
+        {"SupportingFiles", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), {}},
+        {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), {"copyZxArrayToSharedZxArrayPtr"}},
+        {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), {}}, // refused: not a scalar
         {"DocIDLinks",
-         [] {
-             return linkArray(1, 2, links({{u"x", u"9"}, {u"y", u"8"}}));
-         },
-         [](ExampleItem& item, const zxArray_tag* v) { item.setDocIDLinksProperty(v); }},
+         linkArray(1, 2, links({{u"x", u"9"}, {u"y", u"8"}})),
+         {"omCreateZCOSMatrix", "matrix::createArray", "makeInterned", "COSClass::getClass", "omWrapData",
+          "omSetArrayElement", "zcosConvertArrayToInternalInPlace", "zxSetArrayScope"}},
+    };
+    const auto caches = [](const ExampleItem& item) {
+        return std::vector<const zxArray_tag*>{
+            Caches::relativePaths(item).get(), Caches::supportingFiles(item).get(),
+            Caches::exampleType(item).get(), Caches::docIDLinks(item).get()};
     };
     for (const auto& setter : setters) {
         SCOPED_TRACE(setter.name);
-        std::string after;
-        {
-            ExampleItem item = makeItem();
-            const auto value = setter.value ? setter.value() : matrix::zx_array_handle();
-            setter.set(item, value.get());
-            after = zwtest::describe(item);
-        }
-        sweep([&](const auto& guarded) {
-            ExampleItem item = makeItem();
-            item.getRelativePathsProperty();
-            item.getSupportingFilesProperty();
-            item.getExampleTypeProperty();
-            item.getDocIDLinksProperty();
-            const std::string before = zwtest::describe(item);
-            const auto value = setter.value ? setter.value() : matrix::zx_array_handle();
+        const auto set = [&](const Handle& object) {
             try {
-                guarded([&] { setter.set(item, value.get()); });
-                EXPECT_EQ(zwtest::describe(item), after);
-            } catch (const std::bad_alloc&) {
-                const std::string now = zwtest::describe(item);
+                zwhost::zcos::setProperty(object.get(), 0, setter.name, setter.value.get());
+            } catch (const example::docparser::detail::RequireScalarError&) {
+            }
+        };
+        ExampleItem item = makeItem();
+        set(zwhost::classes::wrapExampleItem(item));
+        const std::string after = zwtest::describe(item);
+        sweep([&](const Guarded& guarded) {
+            ExampleItem item = makeItem();
+            const Handle object = zwhost::classes::wrapExampleItem(item);
+            for (const char* name : {"RelativePaths", "SupportingFiles", "ExampleType", "DocIDLinks"}) {
+                zwhost::zcos::getProperty(object.get(), 0, name);
+            }
+            const std::string before = zwtest::describe(item);
+            const auto cachedBefore = caches(item);
+            const std::string failure = guarded([&] { set(object); });
+            const std::string now = zwtest::describe(item);
+            if (failure.empty()) {
+                EXPECT_EQ(now, after);
+                return;
+            }
+            EXPECT_EQ(caches(item), cachedBefore) << failure;
+            if (failure == "allocation") {
                 EXPECT_TRUE(now == before || now == after) << now;
+            } else {
+                EXPECT_EQ(now, setter.leaveItAsSet.contains(failure) ? after : before) << failure;
             }
         });
     }
@@ -215,12 +211,10 @@ TEST_F(AllocationFailure, FailedRootOperationsKeepTheEarlierRoot) {
     };
     for (const auto& operation : operations) {
         SCOPED_TRACE(operation.name);
-        const std::uint64_t allocations = sweep([&](const auto& guarded) {
+        const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
             DocExampleParser::setExampleRoot(u"/earlier");
             const auto earlier = DocExampleParser::getExampleRoot();
-            try {
-                guarded(operation.operation);
-            } catch (const std::bad_alloc&) {
+            if (!guarded(operation.operation).empty()) {
                 EXPECT_EQ(DocExampleParser::getExampleRoot(), earlier);
             }
             DocExampleParser::setExampleRoot(u"/earlier");
@@ -239,36 +233,24 @@ TEST_F(AllocationFailure, WholeReadThrowsOrGivesAConsistentPart) {
     };
     const ExampleCatalogues english = read(u"ko_KR");
     const ExampleCatalogues whole = read(u"ja_JP");
-    const std::uint64_t allocations = sweep([&](const auto& guarded) {
+    const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
         ExampleCatalogues result;
-        try {
-            guarded([&] { result = DocExampleParser::getDocExampleFiles(zwtest::u16(dir.path().string())); });
-        } catch (const std::bad_alloc&) {
-            return;
+        if (guarded([&] {
+                result = DocExampleParser::getDocExampleFiles(zwtest::u16(dir.path().string()));
+            }).empty()) {
+            EXPECT_EQ(zwtest::inconsistency(result, whole, english), "");
         }
-        EXPECT_EQ(zwtest::inconsistency(result, whole, english), "");
     });
     zwhost::settings::resetToDefaults();
     EXPECT_GT(allocations, 100U);
 }
 
 TEST_F(AllocationFailure, HostilePackagesTakeLittleMemoryAndGoodOnesAreRead) {
-    const zwtest::TempDir dir;
-    dir.writeZip("a/good.zip", {{"good.json", zwtest::catalogueText("h", "en", {{"a", "A"}})}});
-    dir.writeZip("b/bomb.zip", {{"bomb.json", std::string(16 << 20, ' ')}});
-    // A stored entry whose central record declares 3 GiB.
-    const auto liar = dir.writeZip("c/liar.zip", {{"liar.json", zwtest::catalogueText("l", "en", {})}});
-    std::ifstream in(liar, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    const std::size_t central = bytes.find("PK\x01\x02");
-    ASSERT_NE(central, std::string::npos);
-    bytes.replace(central + 24, 4, "\x00\x00\x00\xC0", 4);
-    dir.write("c/liar.zip", bytes);
-
     zwhost::settings::setReadLimit(std::uint64_t{1} << 20);
     allocation::resetPeak();
     const std::size_t start = allocation::liveBytes();
-    const ExampleCatalogues result = DocExampleParser::getDocExampleFiles(zwtest::u16(dir.path().string()));
+    const ExampleCatalogues result =
+        DocExampleParser::getDocExampleFiles(u"" ZW_TEST_DATA "/hostile-packages");
     const std::size_t peak = allocation::peakBytes() - start;
     zwhost::settings::resetToDefaults();
     EXPECT_EQ(result.size(), 1U);

@@ -1,39 +1,47 @@
 #include "alloc/counting_new.hpp"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
 
-#include <malloc.h>
-
 namespace zwtest::allocation {
 namespace {
 
+// The block's usable size is asked of malloc on both sides, so nothing is stored beside it.
+// Live bytes are signed: a block allocated while counting was off may be freed while it is on.
+std::atomic<bool> counting{true};
 std::atomic<std::uint64_t> countdown{0};
 std::atomic<bool> thrown{false};
-std::atomic<std::size_t> live{0};
-std::atomic<std::size_t> peak{0};
+std::atomic<std::int64_t> live{0};
+std::atomic<std::int64_t> peak{0};
 
 void* allocate(std::size_t size) {
-    if (countdown.load() != 0 && --countdown == 0) {
+    const bool counted = counting.load(std::memory_order_relaxed);
+    if (counted && countdown.load() != 0 && --countdown == 0) {
         thrown = true;
         throw std::bad_alloc();
     }
-    void* p = std::malloc(size == 0 ? 1 : size);
-    if (p == nullptr) {
+    void* block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) {
         throw std::bad_alloc();
     }
-    const std::size_t now = live += ::malloc_usable_size(p);
-    for (std::size_t top = peak.load(); now > top && !peak.compare_exchange_weak(top, now);) {
+    if (counted) {
+        const auto bytes = static_cast<std::int64_t>(::malloc_usable_size(block));
+        const std::int64_t now = live.fetch_add(bytes, std::memory_order_relaxed) + bytes;
+        for (std::int64_t top = peak.load(std::memory_order_relaxed);
+             now > top && !peak.compare_exchange_weak(top, now, std::memory_order_relaxed);) {
+        }
     }
-    return p;
+    return block;
 }
 
-void release(void* p) noexcept {
-    if (p != nullptr) {
-        live -= ::malloc_usable_size(p);
-        std::free(p);
+void release(void* block) noexcept {
+    if (block != nullptr && counting.load(std::memory_order_relaxed)) {
+        live.fetch_sub(static_cast<std::int64_t>(::malloc_usable_size(block)), std::memory_order_relaxed);
     }
+    std::free(block);
 }
 
 } // namespace
@@ -48,7 +56,7 @@ bool failed() {
 }
 
 std::size_t liveBytes() {
-    return live;
+    return static_cast<std::size_t>(live.load());
 }
 
 void resetPeak() {
@@ -56,31 +64,35 @@ void resetPeak() {
 }
 
 std::size_t peakBytes() {
-    return peak;
+    return static_cast<std::size_t>(peak.load());
+}
+
+void setCounting(bool on) {
+    counting = on;
 }
 
 } // namespace zwtest::allocation
 
+// Every form the program uses is replaced (the standard library builds the nothrow ones on these):
+// no block may be allocated by one allocator and freed by another, as the sanitizers bring theirs.
+using zwtest::allocation::allocate;
+using zwtest::allocation::release;
+
 void* operator new(std::size_t size) {
-    return zwtest::allocation::allocate(size);
+    return allocate(size);
 }
-
 void* operator new[](std::size_t size) {
-    return zwtest::allocation::allocate(size);
+    return allocate(size);
 }
-
-void operator delete(void* p) noexcept {
-    zwtest::allocation::release(p);
+void operator delete(void* block) noexcept {
+    release(block);
 }
-
-void operator delete[](void* p) noexcept {
-    zwtest::allocation::release(p);
+void operator delete[](void* block) noexcept {
+    release(block);
 }
-
-void operator delete(void* p, std::size_t) noexcept {
-    zwtest::allocation::release(p);
+void operator delete(void* block, std::size_t) noexcept {
+    release(block);
 }
-
-void operator delete[](void* p, std::size_t) noexcept {
-    zwtest::allocation::release(p);
+void operator delete[](void* block, std::size_t) noexcept {
+    release(block);
 }

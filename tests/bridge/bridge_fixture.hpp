@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,12 +20,14 @@ namespace zwtest {
 using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
+using Strings = std::vector<std::u16string>;
 
 class BridgeTest : public HostLeakCheck {
 protected:
     BridgeTest() { zwhost::classes::registerDocParserClasses(); }
 
-    static std::vector<DocIDLink> links(const std::vector<std::pair<std::u16string, std::u16string>>& pairs) {
+    static std::vector<DocIDLink>
+    links(std::initializer_list<std::pair<const char16_t*, const char16_t*>> pairs) {
         std::vector<DocIDLink> result;
         for (const auto& [docID, target] : pairs) {
             result.emplace_back(docID, target);
@@ -50,17 +53,26 @@ protected:
         return array;
     }
 
-    /** Doc ids of the links under the elements of `array`, read by property name. */
-    static std::vector<std::u16string> docIDsOf(const zxArray_tag* array) {
-        std::vector<std::u16string> ids;
-        for (std::size_t i = 0; i < zxGetNumberOfElements(array); ++i) {
-            ids.push_back(matrix::getCharText(zwhost::zcos::getProperty(array, i, "DocID").get()));
+    /** What a host value shows, read as the host reads it: the text of a character array, the
+        texts of a cell array, the member name of a kind, the doc ids of links. */
+    static Strings textsOf(const zxArray_tag* value) {
+        if (value->classID == zxCHAR_CLASS) {
+            return {matrix::getCharText(value)};
         }
-        return ids;
+        if (value->classID == zxCELL_CLASS) {
+            return matrix::getTextList(value);
+        }
+        const bool kind = value->objectClass == zwhost::zcos::findClass(zwhost::classes::kExampleTypeClass);
+        Strings texts;
+        for (std::size_t i = 0; i < zxGetNumberOfElements(value); ++i) {
+            texts.push_back(
+                matrix::getCharText(zwhost::zcos::getProperty(value, i, kind ? "Name" : "DocID").get()));
+        }
+        return texts;
     }
 
-    static std::vector<std::u16string> docIDsOf(const std::vector<DocIDLink>& source) {
-        std::vector<std::u16string> ids;
+    static Strings docIDsOf(const std::vector<DocIDLink>& source) {
+        Strings ids;
         for (const DocIDLink& link : source) {
             ids.push_back(link.getDocID());
         }

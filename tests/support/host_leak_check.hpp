@@ -1,7 +1,11 @@
 #pragma once
-// A test fixture that fails a test which leaves host arrays or objects alive or drops them twice.
+// A test fixture that fails a test which leaves host arrays or objects alive or drops them twice,
+// and the host values tests build.
 
 #include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +32,27 @@ inline matrix::zx_array_handle makeScalar(double value) {
     matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, zxDOUBLE_CLASS, zxREAL));
     *reinterpret_cast<double*>(array->realData) = value;
     return array;
+}
+
+/** A new rows-by-cols uint32 array holding `fill` in every element. */
+inline matrix::zx_array_handle makeUint32s(unsigned long rows, unsigned long cols, std::uint32_t fill) {
+    const unsigned long dims[] = {rows, cols};
+    matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, zxUINT32_CLASS, zxREAL));
+    for (std::uint64_t i = 0; i < zxGetNumberOfElements(array.get()); ++i) {
+        std::memcpy(array->realData + sizeof fill * i, &fill, sizeof fill);
+    }
+    return array;
+}
+
+/** A new rows-by-cols cell array whose first cells hold `texts`; the rest stay empty. */
+inline matrix::zx_array_handle makeCells(unsigned long rows, unsigned long cols,
+                                         const std::vector<std::u16string>& texts) {
+    const unsigned long dims[] = {rows, cols};
+    matrix::zx_array_handle cells(matrix::createCellArray(dims));
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        cells->cells[i] = matrix::from_zentab(matrix::createCharRow(texts[i]));
+    }
+    return cells;
 }
 
 } // namespace zwtest

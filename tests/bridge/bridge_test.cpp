@@ -1,0 +1,413 @@
+// The bridge between items and host values: each property as its accessor and the host's class
+// give it, what each setter takes and refuses, the class system's refusals, the class identities
+// and the scalar error.
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <boost/exception/get_error_info.hpp>
+#include <boost/exception/info.hpp>
+#include <gtest/gtest.h>
+
+#include "bridge/bridge_fixture.hpp"
+#include "bridge/class_identity.hpp"
+#include "bridge/doc_id_link_arrays.hpp"
+#include "bridge/require_scalar_error.hpp"
+#include "support/item_caches.hpp"
+#include "zwhost/messages.hpp"
+
+namespace {
+
+using zwtest::DocIDLink;
+using zwtest::ExampleType;
+using zwtest::Strings;
+using I = zwtest::ExampleItem;
+using Bridge = zwtest::BridgeTest;
+using Caches = example::docparser::detail::ExampleItemCaches;
+using Dims = std::vector<std::uint64_t>;
+using Getter = const zxArray_tag* (I::*)() const;
+using Setter = void (I::*)(const zxArray_tag*);
+using Handle = matrix::zx_array_handle;
+namespace detail = example::docparser::detail;
+namespace classes = zwhost::classes;
+namespace host = zwhost::zcos;
+
+/** The identifier of the message-id error `call` throws, the kind of its standard error, or "". */
+std::string errorOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const foundation::core::except::IMsgIDException& error) {
+        return error.GetID();
+    } catch (const std::out_of_range&) {
+        return "out_of_range";
+    } catch (const std::invalid_argument&) {
+        return "invalid_argument";
+    }
+    return "";
+}
+
+Handle charRow(std::u16string_view text) {
+    return Handle(matrix::createCharRow(text));
+}
+
+Handle propertyOf(const Handle& object, const char* name) {
+    return host::getProperty(object.get(), 0, name);
+}
+
+TEST_F(Bridge, ArrayPropertiesAreBuiltOnceAndSharedWithTheHost) {
+    I item = makeItem(ExampleType::App, links({{u"d1", u"p1"}, {u"d2", u"p2"}}));
+    const Handle object = classes::wrapExampleItem(item);
+    const struct {
+        const char* name;
+        Getter get;
+        Strings value;
+        std::vector<std::pair<const char*, std::uint64_t>> calls;
+    } cases[] = {
+        {"RelativePaths", &I::getRelativePathsProperty, {u"a.m", u"b.m"}, {{"matrix::createArray", 3}}},
+        {"SupportingFiles", &I::getSupportingFilesProperty, {u"data.mat"}, {{"matrix::createArray", 2}}},
+        {"ExampleType",
+         &I::getExampleTypeProperty,
+         {u"App"},
+         {{"omConstructObjectWithClient", 1}, {"makeInterned", 1}}},
+        {"DocIDLinks",
+         &I::getDocIDLinksProperty,
+         {u"d1", u"d2"},
+         {{"omCreateZCOSMatrix", 1}, {"makeInterned", 3}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        zwhost::fault::reset();
+        const zxArray_tag* built = (item.*c.get)();
+        for (const auto& [operation, calls] : c.calls) {
+            EXPECT_EQ(zwhost::fault::callsOf(operation), calls) << operation;
+        }
+        EXPECT_EQ(propertyOf(object, c.name).get(), built);
+        EXPECT_EQ((item.*c.get)(), built);
+        EXPECT_EQ(built->dims, (Dims{1, c.value.size()}));
+        EXPECT_EQ(textsOf(built), c.value);
+    }
+    const zxArray_tag* linksArray = item.getDocIDLinksProperty();
+    EXPECT_EQ(linksArray->objectClass, host::findClass(classes::kDocIDLinkClass));
+    EXPECT_EQ(linksArray->scope, zxSCOPE_CACHED);
+    EXPECT_TRUE(linksArray->internalForm);
+    EXPECT_NE(&detail::getDocIDLinkElement(linksArray, 1)->getDocID(), &item.getDocIDLinks()[1].getDocID());
+    const I bare(u"n", u"c", u"t", u"d", {}, u"", ExampleType::Model, u"", {}, {});
+    EXPECT_EQ(bare.getRelativePathsProperty()->dims, (Dims{1, 0}));
+    EXPECT_EQ(bare.getDocIDLinksProperty()->dims, (Dims{1, 0}));
+}
+
+TEST_F(Bridge, KindObjectHoldsTheNumberAndNamesItsMember) {
+    const std::pair<std::uint32_t, const char16_t*> cases[] = {{ExampleType::Live_Script, u"Live_Script"},
+                                                               {ExampleType::App, u"App"},
+                                                               {ExampleType::Unknown, u"Unknown"},
+                                                               {200, u"Unknown"}};
+    for (const auto& [kind, name] : cases) {
+        const I item = makeItem(static_cast<ExampleType::Value>(kind));
+        const zxArray_tag* object = item.getExampleTypeProperty();
+        EXPECT_EQ(object->objectClass, host::findClass(classes::kExampleTypeClass));
+        EXPECT_EQ(kindUnder(object), kind);
+        EXPECT_EQ(textsOf(object), Strings{name});
+        EXPECT_EQ(object->refCount, 1u);
+    }
+    // A copy builds its own object, from the number.
+    I item = makeItem();
+    item.setExampleTypeProperty(zwtest::makeUint32s(1, 1, 200).get());
+    const I copy = item.copy();
+    EXPECT_FALSE(Caches::exampleType(copy));
+    EXPECT_NE(copy.getExampleTypeProperty(), item.getExampleTypeProperty());
+    EXPECT_EQ(kindUnder(copy.getExampleTypeProperty()), 200u);
+    const Handle plain = zwtest::makeScalar(2);
+    EXPECT_EQ(omGetUnderlyingArray(plain.get()), plain.get());
+}
+
+TEST_F(Bridge, StringSettersChangeTheFieldTheHostReads) {
+    const struct {
+        const char* name;
+        void (I::*set)(const std::u16string*);
+        const std::u16string& (I::*get)() const;
+    } cases[] = {
+        {"Name", &I::setNameProperty, &I::getName},
+        {"Component", &I::setComponentProperty, &I::getComponent},
+        {"Title", &I::setTitleProperty, &I::getTitle},
+        {"Description", &I::setDescriptionProperty, &I::getDescription},
+        {"Thumbnail", &I::setThumbnailProperty, &I::getThumbnail},
+        {"OpenCommand", &I::setOpenCommandProperty, &I::getOpenCommand},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        I item = makeItem();
+        const Handle object = classes::wrapExampleItem(item);
+        const std::u16string before = (item.*c.get)();
+        (item.*c.set)(nullptr);
+        EXPECT_EQ(textsOf(propertyOf(object, c.name).get()), Strings{before});
+        const std::u16string value = u"new \u00e9";
+        (item.*c.set)(&value);
+        EXPECT_EQ(textsOf(propertyOf(object, c.name).get()), Strings{value});
+        host::setProperty(object.get(), 0, c.name, charRow(u"by name").get());
+        EXPECT_EQ((item.*c.get)(), u"by name");
+    }
+    DocIDLink link(u"id", u"target");
+    const std::u16string docID = u"other";
+    link.setDocIDProperty(&docID);
+    link.setTargetProperty(nullptr);
+    EXPECT_EQ(link.getDocIDProperty(), u"other");
+    EXPECT_EQ(link.getTargetProperty(), u"target");
+}
+
+TEST_F(Bridge, ListSettersTakeEveryListOfTextsAsARowAndRefuseTheRest) {
+    const unsigned long emptyChar[] = {0, 0};
+    const unsigned long square[] = {2, 2};
+    Handle numberInCell = zwtest::makeCells(1, 2, {u"a"});
+    numberInCell->cells[1] = zwtest::makeScalar(2.0);
+    const struct {
+        const char* what;
+        Handle value;
+        bool taken;
+        Strings stored;
+    } cases[] = {
+        {"column", zwtest::makeCells(3, 1, {u"x", u"y", u"z"}), true, {u"x", u"y", u"z"}},
+        {"matrix", zwtest::makeCells(2, 2, {u"a", u"b", u"c", u"d"}), true, {u"a", u"b", u"c", u"d"}},
+        {"empty cell", zwtest::makeCells(0, 0, {}), true, {}},
+        {"one row of text", charRow(u"solo"), true, {u"solo"}},
+        {"empty text", Handle(matrix::createCharArray(emptyChar, u"")), true, {u""}},
+        {"number", zwtest::makeScalar(1.0), false, {}},
+        {"two rows of text", Handle(matrix::createCharArray(square, u"abcd")), false, {}},
+        {"cell holding a number", std::move(numberInCell), false, {}},
+        {"cell with an empty element", zwtest::makeCells(1, 2, {u"a"}), false, {}},
+    };
+    const struct {
+        const char* name;
+        Getter get;
+        Setter set;
+        const Strings& (I::*plain)() const;
+    } properties[] = {
+        {"RelativePaths", &I::getRelativePathsProperty, &I::setRelativePathsProperty, &I::getRelativePaths},
+        {"SupportingFiles", &I::getSupportingFilesProperty, &I::setSupportingFilesProperty,
+         &I::getSupportingFiles},
+    };
+    for (const auto& p : properties) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(p.name) + ", " + c.what);
+            I item = makeItem();
+            const zxArray_tag* cached = (item.*p.get)();
+            const Strings before = (item.*p.plain)();
+            EXPECT_EQ(errorOf([&] { (item.*p.set)(c.value.get()); }),
+                      c.taken ? "" : "ZENTAB:utils:RequireTextArray");
+            EXPECT_EQ((item.*p.plain)(), c.taken ? c.stored : before);
+            EXPECT_EQ((item.*p.get)() == cached, !c.taken);
+            EXPECT_EQ(textsOf((item.*p.get)()), (item.*p.plain)());
+            EXPECT_EQ((item.*p.get)()->dims, (Dims{1, (item.*p.plain)().size()}));
+        }
+        // Null changes nothing; the very array the getter gave is taken like any other.
+        I item = makeItem();
+        const zxArray_tag* cached = (item.*p.get)();
+        (item.*p.set)(nullptr);
+        EXPECT_EQ((item.*p.get)(), cached);
+        (item.*p.set)(cached);
+        EXPECT_NE((item.*p.get)(), cached);
+        EXPECT_EQ(textsOf((item.*p.get)()), (item.*p.plain)());
+    }
+}
+
+TEST_F(Bridge, KindSetterKeepsTheOneElementGivenAndReadsItsFirstWord) {
+    const I source = makeItem(ExampleType::Script);
+    const zxArray_tag* kindObject = source.getExampleTypeProperty();
+    intrusive_ptr_add_ref(kindObject);
+    const struct {
+        const char* what;
+        Handle value;
+        std::uint32_t kind; // Model when refused
+    } cases[] = {
+        {"uint32", zwtest::makeUint32s(1, 1, ExampleType::Chart), ExampleType::Chart},
+        {"beyond the enumerators", zwtest::makeUint32s(1, 1, 200), 200},
+        {"double 1.0, low word", zwtest::makeScalar(1.0), ExampleType::Live_Script},
+        {"enumeration object", matrix::from_zentab(const_cast<zxArray_tag*>(kindObject)),
+         ExampleType::Script},
+        {"0x0", zwtest::makeUint32s(0, 0, ExampleType::App), ExampleType::Model},
+        {"1x0", zwtest::makeUint32s(1, 0, ExampleType::App), ExampleType::Model},
+        {"1x2", zwtest::makeUint32s(1, 2, ExampleType::App), ExampleType::Model},
+        {"2x2", zwtest::makeUint32s(2, 2, ExampleType::App), ExampleType::Model},
+    };
+    for (const bool byName : {false, true}) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(c.what) + (byName ? ", by name" : ""));
+            I item = makeItem(ExampleType::Model);
+            const zxArray_tag* before = item.getExampleTypeProperty();
+            const Handle object = classes::wrapExampleItem(item);
+            const std::uint32_t references = c.value->refCount;
+            zwhost::fault::reset();
+            const std::string error = errorOf([&] {
+                byName ? host::setProperty(object.get(), 0, "ExampleType", c.value.get())
+                       : item.setExampleTypeProperty(c.value.get());
+            });
+            const bool refused = c.kind == ExampleType::Model;
+            EXPECT_EQ(error, refused ? "ZENTAB:class:RequireScalar" : "");
+            EXPECT_EQ(item.getExampleType(), c.kind);
+            EXPECT_EQ(item.getExampleTypeProperty(), refused ? before : c.value.get());
+            EXPECT_EQ(c.value->refCount, references + (refused ? 0 : 1));
+            EXPECT_EQ(zwhost::fault::callsOf("omConstructObjectWithClient"), 0u);
+        }
+    }
+    I untouched = makeItem();
+    untouched.setExampleTypeProperty(nullptr);
+    EXPECT_FALSE(Caches::exampleType(untouched));
+}
+
+TEST_F(Bridge, LinkSetterTakesCopiesOfAnyShapeAndRebuilds) {
+    const std::vector<DocIDLink> three = links({{u"a", u"1"}, {u"b", u"2"}, {u"c", u"3"}});
+    const unsigned long noCells[] = {0, 0};
+    const struct {
+        const char* what;
+        Handle value;
+        Strings ids;
+    } cases[] = {
+        {"column", linkArray(3, 1, three), {u"a", u"b", u"c"}},
+        {"row", linkArray(1, 3, three), {u"a", u"b", u"c"}},
+        {"empty", linkArray(0, 0, {}), {}},
+        {"empty cell array", Handle(matrix::createCellArray(noCells)), {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        I item = makeItem(ExampleType::Model, links({{u"old", u"x"}}));
+        item.getDocIDLinksProperty();
+        item.setDocIDLinksProperty(c.value.get());
+        const zxArray_tag* rebuilt = item.getDocIDLinksProperty();
+        EXPECT_NE(rebuilt, c.value.get());
+        EXPECT_EQ(rebuilt->objectClass, host::findClass(classes::kDocIDLinkClass));
+        EXPECT_EQ(rebuilt->dims, (Dims{1, c.ids.size()}));
+        EXPECT_EQ(docIDsOf(item.getDocIDLinks()), c.ids);
+        EXPECT_EQ(textsOf(rebuilt), c.ids);
+    }
+    // Null changes nothing; the cached array itself is taken; a host change to an element stays
+    // in the host's object.
+    I item = makeItem(ExampleType::Model, links({{u"a", u"1"}, {u"b", u"2"}}));
+    const zxArray_tag* cached = item.getDocIDLinksProperty();
+    item.setDocIDLinksProperty(nullptr);
+    EXPECT_EQ(item.getDocIDLinksProperty(), cached);
+    item.setDocIDLinksProperty(cached);
+    const zxArray_tag* array = item.getDocIDLinksProperty();
+    EXPECT_NE(array, cached);
+    host::setProperty(array, 0, "DocID", charRow(u"changed").get());
+    EXPECT_EQ(docIDsOf(item.getDocIDLinks()), (Strings{u"a", u"b"}));
+    EXPECT_EQ(item.getDocIDLinksProperty(), array);
+    EXPECT_EQ(textsOf(array), (Strings{u"changed", u"b"}));
+    EXPECT_EQ(textsOf(item.copy().getDocIDLinksProperty()), (Strings{u"a", u"b"}));
+}
+
+TEST_F(Bridge, MisuseOfTheClassSystemIsRefusedWithTheRightError) {
+    I item = makeItem(ExampleType::Model, links({{u"a", u"1"}}));
+    const Handle object = classes::wrapExampleItem(item);
+    const zxArray_tag* linksArray = item.getDocIDLinksProperty();
+    const zxArray_tag* kind = item.getExampleTypeProperty();
+    const zcos::COSClassName& linkName = host::findClass(classes::kDocIDLinkClass)->getName();
+    const zcos::COSClassName& kindName = host::findClass(classes::kExampleTypeClass)->getName();
+    const Handle number = zwtest::makeScalar(2.0);
+    const Handle cells = zwtest::makeCells(1, 1, {u"c"});
+    const Handle slot(omCreateZCOSMatrix(1, 1, linkName));
+    const zxArray_tag* argv[] = {number.get()};
+    const zcos::COSKey kindKey = host::findClass(classes::kExampleTypeClass)->getKey();
+    const unsigned long square[] = {2, 2};
+    const struct {
+        const char* what;
+        std::function<void()> call;
+        std::string error;
+    } cases[] = {
+        {"unknown class", [] { zcos::COSClass::getClass(zcos::internal::makeInterned("test.None")); },
+         "out_of_range"},
+        {"no class", [] { zcos::COSClass::getClass(&zcos::internal::nullValue); }, "out_of_range"},
+        {"a class again",
+         [] {
+             host::registerClass({std::string(classes::kDocIDLinkClass), {}, nullptr, {}});
+         },
+         "invalid_argument"},
+        {"data by another key", [&] { omGetArrayElement(linksArray, 0)->getDataByKey(&kindKey); },
+         "invalid_argument"},
+        {"element past the end", [&] { omGetArrayElement(linksArray, 1); }, "out_of_range"},
+        {"set past the end", [&] { omSetArrayElement(slot.get(), 1, omGetArrayElement(linksArray, 0)); },
+         "out_of_range"},
+        {"element of another class", [&] { omSetArrayElement(slot.get(), 0, omGetArrayElement(kind, 0)); },
+         "invalid_argument"},
+        {"element never set", [&] { omGetArrayElement(slot.get(), 0); }, "invalid_argument"},
+        {"unset array made internal", [&] { zcosConvertArrayToInternalInPlace(slot.get(), true); },
+         "invalid_argument"},
+        {"element of a number", [&] { omGetArrayElement(number.get(), 0); }, "invalid_argument"},
+        {"kind from nothing", [&] { omConstructObjectWithClient(kindName, 0, argv, COSGetPublicClient()); },
+         "ZENTAB:class:RequireUint32Scalar"},
+        {"kind from a double", [&] { omConstructObjectWithClient(kindName, 1, argv, COSGetPublicClient()); },
+         "ZENTAB:class:RequireUint32Scalar"},
+        {"class without a constructor",
+         [&] { omConstructObjectWithClient(linkName, 1, argv, COSGetPublicClient()); }, "invalid_argument"},
+        {"value under handles", [&] { omGetUnderlyingArray(linksArray); }, "invalid_argument"},
+        {"value under cells", [&] { omGetUnderlyingArray(cells.get()); }, "invalid_argument"},
+        {"unknown property", [&] { propertyOf(object, "ID"); }, "out_of_range"},
+        {"property past the end", [&] { host::getProperty(object.get(), 1, "Name"); }, "out_of_range"},
+        {"read-only property", [&] { host::setProperty(kind, 0, "Name", charRow(u"App").get()); },
+         "out_of_range"},
+        {"number for text", [&] { host::setProperty(object.get(), 0, "Title", number.get()); },
+         "ZENTAB:class:RequireText"},
+        {"numbers of the cell class",
+         [&] { matrix::detail::do_create_uninitnumeric(square, zxCELL_CLASS, zxREAL); }, "invalid_argument"},
+        {"text of the wrong size", [&] { matrix::createCharArray(square, u"abc"); }, "invalid_argument"},
+        {"text of a number", [&] { matrix::getCharText(number.get()); }, "invalid_argument"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(errorOf(c.call), c.error) << c.what;
+    }
+    EXPECT_EQ(number->refCount, 1u);
+}
+
+TEST_F(Bridge, ClassesHaveFullNamesAndFreshlyInternedIdentifiers) {
+    classes::registerDocParserClasses();
+    for (const std::string_view name :
+         {classes::kDocIDLinkClass, classes::kExampleTypeClass, classes::kExampleItemClass}) {
+        EXPECT_NE(host::findClass(name), nullptr) << name;
+    }
+    EXPECT_EQ(host::findClass("test.None"), nullptr);
+    EXPECT_STREQ(DocIDLink::getZCOSNamespaceName(), ExampleType::getZCOSNamespaceName());
+    EXPECT_EQ(detail::getFullClassName<DocIDLink>(), "zentab.internal.example.docparser.DocIDLink");
+    EXPECT_EQ(detail::getFullClassName<ExampleType>(), "zentab.internal.example.docparser.ExampleType");
+    zwhost::fault::reset();
+    const auto first = detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>());
+    EXPECT_EQ(detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>()), first);
+    EXPECT_NE(detail::makeClassIdentifier(detail::getFullClassName<ExampleType>()), first);
+    EXPECT_EQ(zwhost::fault::callsOf("makeInterned"), 3u);
+    EXPECT_EQ(detail::makeClassIdentifier("").get(), &zcos::internal::nullValue);
+    EXPECT_EQ(zwhost::fault::callsOf("makeInterned"), 3u);
+}
+
+struct ErrorDetail;
+using ErrorDetailInfo = boost::error_info<ErrorDetail, std::string>;
+
+TEST(RequireScalarError, CarriesItsKeyAndTextThroughEitherBaseAndEveryCopy) {
+    const std::uint64_t idCalls = zwhost::messages::errorIdCalls();
+    std::unique_ptr<const boost::exception_detail::clone_base> clone;
+    {
+        detail::RequireScalarError error{component_ZENTAB::catalog_class::key_RequireScalar()};
+        error << ErrorDetailInfo("shared");
+        const resource_core::BaseMsgID& id = error.GetBaseMsgIDObj();
+        EXPECT_EQ(id.catalog, "ZENTAB:class");
+        EXPECT_EQ(id.key, "RequireScalar");
+        EXPECT_TRUE(id.arguments.empty());
+        EXPECT_EQ(error.GetUnicodeMessageTxt(), u"Value must be a scalar.");
+        EXPECT_EQ(error.ToUstringImpl(), u"Value must be a scalar.");
+        EXPECT_STREQ(static_cast<const std::exception&>(error).what(), "Value must be a scalar.");
+        EXPECT_STREQ(static_cast<const foundation::core::except::IException&>(error).what(),
+                     "Value must be a scalar.");
+        clone.reset(error.clone());
+    }
+    // The identifier is worked out once, by the first error; a clone and its rethrow keep it, and
+    // the error information outlives the original.
+    EXPECT_EQ(errorOf([&] { clone->rethrow(); }), "ZENTAB:class:RequireScalar");
+    const auto& cloned = dynamic_cast<const foundation::core::except::IMsgIDException&>(*clone);
+    EXPECT_EQ(cloned.GetBaseMsgIDObj().key, "RequireScalar");
+    const auto* info = boost::get_error_info<ErrorDetailInfo>(dynamic_cast<const boost::exception&>(*clone));
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(*info, "shared");
+    EXPECT_EQ(zwhost::messages::errorIdCalls(), idCalls + 1);
+}
+
+} // namespace
