@@ -26,9 +26,8 @@
 namespace zwtest {
 
 // Files under docCatalog/exampleapi, each a path and its content. "p.zip!e.json" is the entry
-// e.json of the package p.zip, entries in order; a path ending in "/" is a folder; the content
-// "<fifo>" makes a named pipe, "<link>t" a symbolic link to t, "<copy>f" a copy of the file f of
-// the source tree.
+// e.json of the package p.zip, entries in order; the content "<fifo>" makes a named pipe,
+// "<link>t" a symbolic link to t, "<copy>f" a copy of the file f of the source tree.
 using Files = std::vector<std::pair<std::string, std::string>>;
 
 // One command line over a tree and what it must say.
@@ -46,8 +45,7 @@ struct ToolCase {
 
 struct ToolRun {
     int status;
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
 inline std::string readFile(const std::filesystem::path& file) {
@@ -90,14 +88,14 @@ inline ToolRun runTool(const Files& files, const std::string& command) {
             packages[at].push_back({path.substr(bang + 1), content});
             continue;
         }
-        fs::create_directories(path.ends_with('/') ? at : at.parent_path());
+        fs::create_directories(at.parent_path());
         if (content == "<fifo>") {
             ::mkfifo(at.c_str(), 0600);
         } else if (content.starts_with("<link>")) {
             fs::create_symlink(content.substr(6), at);
         } else if (content.starts_with("<copy>")) {
             fs::copy_file(ZW_SOURCE_DIR "/" + content.substr(6), at);
-        } else if (!path.ends_with('/')) {
+        } else {
             std::ofstream(at, std::ios::binary) << content;
         }
     }
@@ -143,7 +141,7 @@ inline ToolRun runTool(const Files& files, const std::string& command) {
     return run;
 }
 
-// Runs the case and checks its exit status and everything it expects. */
+// Runs the case and checks its exit status and everything it expects.
 inline void expectTool(const ToolCase& c) {
     SCOPED_TRACE("exampledoc " + c.command);
     const ToolRun run = runTool(c.files, c.command);

@@ -13,24 +13,38 @@
 #include "support/catalogue_text.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/tool_run.hpp"
-#include "text_output.hpp"
 
 namespace {
 
 using example::docparser::DocExampleParser;
 using zwtest::catalogueText;
+using zwtest::Files;
+
+const std::string kHead = "{\"header\":{\"helpFolder\":\"h\"},\"exampleItems\":[\n";
+
+std::string withEntry(const std::string& members) {
+    return kHead + R"({"name":"n","component":"c","title":"t","thumbnail":"")" + members + "}]}";
+}
+
+// clang-format off
+const Files kSarif = {{"a b/ex.json", "{\"header\":{},\n \"exampleItems\":[{}]}"}, {"p.zip!c/x.json", "{"}, {"q.zip", "no zip"}};
+// clang-format on
 
 class Exampledoc : public zwtest::HostLeakCheck {};
 
-TEST_F(Exampledoc, CommandLinesFollowTheUsualConventions) {
-    const zwtest::Files widths = {
-        {"w/w.json",
-         catalogueText("w", "en", {{"ピーク", "T1"}, {"é", "T2"}, {"plain", "T3\\n\\u001b[2J"}})}};
-    const zwtest::Files escapes = {
-        {"q/q.json",
-         catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}})}};
+TEST_F(Exampledoc, CommandLinesDoWhatTheySay) {
+    const std::string check = "check --format json";
     // clang-format off
+    const Files widths = {{"w/w.json", catalogueText("w", "en", {{"ピーク", "T1"}, {"é", "T2"}, {"e\u0301", "T4"}, {"ｆｕｌｌ", "T5"}, {"流线 a", "T6"}, {"plain", "T3\\n\\t\\u001b[2J\\u007f\\u0085é"}})}};
+    const Files escapes = {{"q/q.json", catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}})}};
+    const Files locales = {{"s/ex.json", catalogueText("s", "en_US", {{"a", "A"}})}, {"s/ex_zh_CN.json", "{"}, {"s/ex_ja_JP.json", catalogueText("s", "ja_JP", {{"a", "A"}})},
+                           {"p/p.zip!c/p.json", catalogueText("p", "en_US", {})}, {"p/p.zip!c/p_ko_KR.json", catalogueText("p", "ko_KR", {})}};
+    const Files errorAndWarning = {{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}, {"b/ex_ja_JP.json", "{\"header\":{},\n\"exampleItems\":{}}"}};
+    const Files skipped = {{"a/ex.json", catalogueText("a", "en_US", {})}, {"a/ex_zh_CN.json", "{"}, {"a/ex_ja_JP.json", "[]"}, {"b/p.zip", "no zip"}};
+    const Files coverage = {{"h/ex.json", catalogueText("h", "en_US", {{"a", ""}, {"b", ""}, {"c", ""}})}, {"h/ex_ja_JP.json", catalogueText("h", "ja_JP", {{"a", ""}, {"x", ""}})},
+                            {"g/p.zip!g.json", catalogueText("g", "en_US", {{"a", ""}})}, {"g/p.zip!g_zh_CN.json", catalogueText("g", "zh_CN", {{"a", ""}})}, {"g/bad_ko_KR.json", "{"}};
     const zwtest::ToolCase cases[] = {
+        // Conventions of the command line, and what list and show write.
         {{}, "list --locale ja_JP", 0, {"@list_ja_JP.txt"}},
         {{}, "list --locale zh_CN", 0, {"@list_zh_CN.txt"}},
         {{}, "list --locale ja_JP --json", 0, {"@list_ja_JP.json"}},
@@ -73,6 +87,58 @@ TEST_F(Exampledoc, CommandLinesFollowTheUsualConventions) {
         {{}, "list --locale en_US graphics/S*", 0, {"graphics/SurfacePlotOfPeaks", "!graphics/BarChartDashboard", "!stats  ("}},
         {{}, "list --locale en_US --kind=Live_Script -- control/*", 0, {"control/PIDTuning", "!control/BodePlotGallery"}},
         {{}, "list --folder nosuch --json", 0, {"@list_none.json", "no help folder \"nosuch\""}},
+        // Each rule of check at its place, with its pointer and id.
+        {{{"h/ex.json", "{\"header\":{},\n \"exampleItems\": [,]}"}}, check, 1, {"h/ex.json:2:19 [json-syntax] unexpected ','"}},
+        {{{"h/ex.json", R"({"header":{},"exampleItems":[],})"}}, check, 1, {"h/ex.json:1:31 [json-syntax] a comma may not come before '}'"}},
+        {{{"h/ex.json", "{\"header\":{} // note\n}"}}, check, 1, {"h/ex.json:1:14 [json-syntax] comments are not allowed"}},
+        {{{"h/ex.json", "{\"header\":{}"}}, check, 1, {"h/ex.json:1:13 [json-syntax] the text ends before the JSON is complete"}},
+        {{{"h/ex.json", "\xEF\xBB\xBF{}"}}, check, 1, {"h/ex.json:1:1 [byte-order-mark] the text begins with a byte order mark; save it as UTF-8 without one"}},
+        {{{"h/ex.json", "{\"header\":{\"product\":\"\xE6\x97\xA5" "caf\xE9\"}}"}}, check, 1, {"h/ex.json:1:27 [not-utf8] the text is not UTF-8: byte 0xE9 begins no valid sequence; save the file as UTF-8"}},
+        {{{"h/ex.json", std::string(40, '[') + std::string(40, ']')}}, check, 1, {"h/ex.json:1:33 [too-deep] arrays and objects are nested deeper than 32"}},
+        {{{"h/ex.json", "[]"}}, check, 1, {"h/ex.json:1:1 [wrong-type] the catalogue must be a JSON object, found an array"}},
+        {{{"h/ex.json", R"({"exampleItems":[]})"}}, check, 1, {"h/ex.json:1:1 [missing-member] the catalogue has no \"header\" member"}},
+        {{{"h/ex.json", R"({"header":{}})"}}, check, 1, {"h/ex.json:1:1 [missing-member] the catalogue has no \"exampleItems\" member"}},
+        {{{"h/ex.json", R"({"header":{"locale":5},"exampleItems":[]})"}}, check, 1, {"h/ex.json:1:12 /header/locale [wrong-type] header \"locale\" must be a string, found a number"}},
+        {{{"h/ex.json", kHead + R"({"name":"n","component":"c","thumbnail":""}]})"}}, check, 1, {"h/ex.json:2:1 /exampleItems/0 (c/n) [missing-member] exampleItems[0] (c/n) has no \"title\""}},
+        {{{"h/ex.json", withEntry(R"(,"relative_path":"p")")}}, check, 1, {"h/ex.json:2:56 /exampleItems/0/relative_path (c/n) [wrong-type] exampleItems[0] (c/n): \"relative_path\" must be an array of strings, found a string"}},
+        {{{"h/ex.json", withEntry(R"(,"supporting_files":["a",5])")}}, check, 1, {"h/ex.json:2:80 /exampleItems/0/supporting_files/1 (c/n) [wrong-type] exampleItems[0] (c/n): \"supporting_files\"[1] must be a string, found a number"}},
+        {{{"h/ex.json", withEntry(R"(,"docid_links":{})")}}, check, 1, {"h/ex.json:2:56 /exampleItems/0/docid_links (c/n) [wrong-type] exampleItems[0] (c/n): \"docid_links\" must be an array of objects, found an object"}},
+        {{{"h/ex.json", withEntry(R"(,"docid_links":[{"docid":"d"}])")}}, check, 1, {"h/ex.json:2:71 /exampleItems/0/docid_links/0 (c/n) [missing-member] exampleItems[0] (c/n): \"docid_links\"[0] has no \"target\""}},
+        {{{"h/ex.json", withEntry(R"(,"docid_links":[true])")}}, check, 1, {"h/ex.json:2:71 /exampleItems/0/docid_links/0 (c/n) [wrong-type] exampleItems[0] (c/n): \"docid_links\"[0] must be an object, found true or false"}},
+        {{{"h/ex.json", withEntry(R"(,"exampleType":6)")}}, check, 1, {"h/ex.json:2:56 /exampleItems/0/exampleType (c/n) [wrong-type] exampleItems[0] (c/n): \"exampleType\" must be a string, found a number"}},
+        {{{"h/ex.json", withEntry(R"(,"name":"m","title":null)")}}, check, 1, {"h/ex.json:2:29 /exampleItems/0/title (c/m) [wrong-type] exampleItems[0] (c/m): \"title\" must be a string, found null"}},
+        {{{"h/ex.json", "{\"header\":{},\"exampleItems\":[\n 7]}"}}, check, 1, {"h/ex.json:2:2 /exampleItems/0 [wrong-type] exampleItems[0] must be an object, found a number"}},
+        {{{"h/p.zip", "not a zip"}}, check, 1, {"h/p.zip [bad-package] the package is not read: refused package {root}/docCatalog/exampleapi/h/p.zip: too short to be a zip file"}},
+        {{{"h/p.zip", "<copy>fuzz/corpus/package_reader/bomb.zip"}}, check, 1, {"h/p.zip!bomb.json [unreadable] not read: entry 0 inflates more than 1024 times its compressed size"}},
+        {{{"h/p.zip", "<copy>tests/data/zips/7z-Deflate64.zip"}}, check, 1, {"h/p.zip!cat.json [unsupported-compression] not read: compression method 9 (Deflate64) is not supported"}},
+        {{{"h/p.zip", "<copy>tests/data/zips/python-duplicate.zip"}}, check, 1, {"h/p.zip!cat.json [duplicate-entry] not read: a second entry of this name; the first one is read"}},
+        {{{"h/ex.json", catalogueText("h", "en_US", {{"a", "A"}, {"b", "B"}, {"a", "C"}})}}, check, 0, {"h/ex.json:1:189 /exampleItems/2 (c/a) [duplicate-id] exampleItems[2] (c/a): exampleItems[0] has the same id; both are kept under it"}},
+        {{{"h/ex.json", withEntry(R"(,"exampleType":"Live_Script")")}}, check, 0, {"h/ex.json:2:56 /exampleItems/0/exampleType (c/n) [unknown-kind] exampleItems[0] (c/n): \"Live_Script\" is not a kind; the example is read as Unknown (did you mean \"Live Script\"?)"}},
+        {{{"h/ex.json", catalogueText("h", "en_US", {{"a", "  "}})}}, check, 0, {"h/ex.json:1:105 /exampleItems/0/title (c/a) [empty-field] exampleItems[0] (c/a): \"title\" is empty"}},
+        {{{"h/ex.json", kHead + R"({"name":"n","component":"","title":"t","thumbnail":""}]})"}}, check, 0, {"h/ex.json:2:13 /exampleItems/0/component (/n) [empty-field] exampleItems[0] (/n): \"component\" is empty; the id becomes \"/n\""}},
+        {{{"h/ex.json", catalogueText("h", "en_US", {{"a", "A"}})}, {"h/ex_ja_JP.json", catalogueText("h", "ja_JP", {{"a", "A"}, {"b", "B"}})}}, check, 0, {"h/ex_ja_JP.json:1:133 /exampleItems/1 (c/b) [orphan-id] exampleItems[1] (c/b): no English example of this help folder has the id \"c/b\""}},
+        {{{"h/ex.json", catalogueText("h", "en_US", {})}, {"h/ex_ko_KR.json", catalogueText("g", "ko_KR", {})}}, check, 0, {"h/ex_ko_KR.json:1:26 /header/helpFolder [help-folder-mismatch] help folder \"g\" differs from \"h\" of its English catalogue: it is not merged with it"}},
+        {{{"k/p.zip!cat/x.json", catalogueText("k", "en_US", {})}, {"k/p.zip!cat/x_zh_CN.json", catalogueText("K", "zh_CN", {})}}, check, 0, {"k/p.zip!cat/x_zh_CN.json:1:26 /header/helpFolder [help-folder-mismatch] help folder \"K\" differs from \"k\" of its English catalogue: it is not merged with it"}},
+        {{{"c/g.zip!g.json", catalogueText("g", "en_US", {})}, {"c/g_ja_JP.zip!x.json", catalogueText("G", "ja_JP", {})}}, check, 0, {"c/g_ja_JP.zip!x.json:1:26 /header/helpFolder [help-folder-mismatch] help folder \"G\" differs from \"g\" of its English catalogue: it is not merged with it"}},
+        {{{"h/ex_zh_CN.json", catalogueText("h", "ja_JP", {})}}, check, 0, {"h/ex_zh_CN.json:1:43 /header/locale [locale-mismatch] the header says locale \"ja_JP\" but the file name says zh_CN"}},
+        {{{"h/ex.json", catalogueText("h", "ko_KR", {})}}, check, 0, {"h/ex.json:1:43 /header/locale [locale-mismatch] the header says locale \"ko_KR\" but the file name says English"}},
+        {{{"h/a.json", catalogueText("h", "en_US", {})}, {"z/p.zip!p.json", catalogueText("h", "en_US", {})}}, check, 0, {"h/a.json:1:26 /header/helpFolder [duplicate-catalogue] another English catalogue of help folder \"h\", z/p.zip!p.json, is read first: its header and its examples of the same ids win"}},
+        {{{"f.json", "<fifo>"}}, check, 0, {"f.json [left-out] not read: it is not a regular file"}},
+        {{{"l.json", "<link>none.json"}}, check, 0, {"l.json [left-out] not read: it is a link to nothing"}},
+        {{{"b\xFF.json", "{}"}}, check, 0, {"b\xEF\xBF\xBD.json [left-out] not read: its name is not valid UTF-8"}},
+        {{{"1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/x.json", "{}"}}, check, 0, {"1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17 [left-out] not read: it lies below the depth limit of the walk"}},
+        {{{"h/p.zip!readme.txt", "notes"}}, check, 0, {"h/p.zip [no-catalogue] the package holds no catalogue read under the checked locales"}},
+        // Every locale and format of check, --strict, and what list and coverage say of what is not read.
+        {locales, "check --format json", 1, {"@check_all.json"}},
+        {locales, "check --format json --locale ja_JP", 0, {"@check_ja_JP.json"}},
+        {errorAndWarning, "check --locale ja_JP", 1, {"@check_ja_JP.txt"}},
+        {{{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}}, "check --locale ja_JP --strict", 1, {}},
+        {kSarif, "check --format sarif", 1, {"@check.sarif"}},
+        {skipped, "list --locale ja_JP", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale en_US", 0, {"exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale ja_JP --json", 0, {"!skipped"}},
+        {coverage, "coverage --format json", 0, {"@coverage.json", "exampledoc coverage: 1 catalogue or package is not read; 'exampledoc check' tells why\n"}},
+        {coverage, "coverage --locale ja_JP", 0, {"@coverage_ja_JP.txt"}},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -80,13 +146,14 @@ TEST_F(Exampledoc, CommandLinesFollowTheUsualConventions) {
     }
 }
 
-TEST_F(Exampledoc, TextIsMeasuredByDisplayWidthAndControlsAreEscaped) {
-    const std::pair<std::string, std::size_t> widths[] = {
-        {"abc", 3}, {"ピーク", 6}, {"é", 1}, {"e\u0301", 1}, {"流线 a", 6}, {"ｆｕｌｌ", 8}, {"", 0}};
-    for (const auto& [text, width] : widths) {
-        EXPECT_EQ(exampledoc::displayWidth(text), width) << text;
-    }
-    EXPECT_EQ(exampledoc::escapeControls("a\nb\tc\x1b[31m\x7f\u0085é"), "a\\nb\\tc\\x1b[31m\\x7f\\u{85}é");
+TEST_F(Exampledoc, SarifFollowsTheSchema) {
+    const zwtest::TempDir dir;
+    const auto log = dir.write("check.sarif", zwtest::runTool(kSarif, "check --format sarif").out);
+    const std::string validate =
+        "python3 -c 'import json, sys, jsonschema; jsonschema.validate(json.load(open(sys.argv[1])), "
+        "json.load(open(sys.argv[2])))' '" +
+        log.string() + "' '" ZW_SOURCE_DIR "/tests/data/sarif/sarif-schema-2.1.0.json'";
+    EXPECT_EQ(std::system(validate.c_str()), 0);
 }
 
 TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
@@ -105,22 +172,22 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
     // The manual page defines each command, and each option in the section of its command or in
     // "Every command" for the options that all commands share, in a .TP paragraph.
     const std::string tools = ZW_SOURCE_DIR "/tools/exampledoc/";
-    std::istringstream lines(zwtest::readFile(tools + "exampledoc.1"));
-    const std::regex heading(R"re(\.S[HS] "?(exampledoc )?([^"]*)"?)re");
+    const std::string manual = zwtest::readFile(tools + "exampledoc.1");
+    const std::regex paragraph(R"re(\.S[HS] "?(exampledoc )?([^"\n]*)"?\n|\.TP\n([^\n]*))re");
     const std::regex commandName(R"re(^\.B[IR]? "?(\w+))re");
     const std::regex option(R"re(\\-\\-([a-z][a-z-]*))re");
     std::map<std::string, Names> documented;
     std::string section;
-    bool definition = false;
-    for (std::string line; std::getline(lines, line); definition = line == ".TP") {
+    for (std::sregex_iterator it(manual.begin(), manual.end(), paragraph), end; it != end; ++it) {
+        const std::string definition = (*it)[3];
         std::smatch match;
-        if (std::regex_match(line, match, heading)) {
-            section = match[2];
-        } else if (definition && section == "COMMANDS" && std::regex_search(line, match, commandName)) {
+        if ((*it)[2].matched) {
+            section = (*it)[2];
+        } else if (section == "COMMANDS" && std::regex_search(definition, match, commandName)) {
             documented[section].insert(match[1]);
-        } else if (definition) {
-            for (std::sregex_iterator it(line.begin(), line.end(), option), end; it != end; ++it) {
-                documented[section].insert("--" + (*it)[1].str());
+        } else if (section != "COMMANDS") {
+            for (std::sregex_iterator o(definition.begin(), definition.end(), option); o != end; ++o) {
+                documented[section].insert("--" + (*o)[1].str());
             }
         }
     }
