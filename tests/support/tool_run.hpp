@@ -48,7 +48,7 @@ struct ToolRun {
     std::string out, err;
 };
 
-inline std::string readFile(const std::filesystem::path& file) {
+inline std::string fileText(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }
@@ -149,7 +149,7 @@ inline void expectTool(const ToolCase& c) {
     EXPECT_EQ(run.status, c.status) << said;
     for (const std::string& expected : c.expected) {
         if (expected.starts_with('@')) {
-            EXPECT_EQ(run.out, readFile(ZW_SOURCE_DIR "/tests/data/exampledoc/" + expected.substr(1)));
+            EXPECT_EQ(run.out, fileText(ZW_SOURCE_DIR "/tests/data/exampledoc/" + expected.substr(1)));
         } else if (expected.starts_with('!')) {
             EXPECT_EQ(said.find(expected.substr(1)), std::string::npos) << expected.substr(1) << '\n' << said;
         } else {

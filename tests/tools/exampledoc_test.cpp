@@ -172,7 +172,7 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
     // The manual page defines each command, and each option in the section of its command or in
     // "Every command" for the options that all commands share, in a .TP paragraph.
     const std::string tools = ZW_SOURCE_DIR "/tools/exampledoc/";
-    const std::string manual = zwtest::readFile(tools + "exampledoc.1");
+    const std::string manual = zwtest::fileText(tools + "exampledoc.1");
     const std::regex paragraph(R"re(\.S[HS] "?(exampledoc )?([^"\n]*)"?\n|\.TP\n([^\n]*))re");
     const std::regex commandName(R"re(^\.B[IR]? "?(\w+))re");
     const std::regex option(R"re(\\-\\-([a-z][a-z-]*))re");
@@ -201,7 +201,7 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
         EXPECT_EQ(documented[name], specific) << name;
     }
 
-    const std::string completion = zwtest::readFile(tools + "exampledoc.bash");
+    const std::string completion = zwtest::fileText(tools + "exampledoc.bash");
     std::map<std::string, Names> completed;
     const std::regex commandOptions(R"re((\w+)\) opts="([^"]*)")re");
     for (std::sregex_iterator it(completion.begin(), completion.end(), commandOptions), end; it != end;
