@@ -1,0 +1,161 @@
+#pragma once
+// Runs command lines of exampledoc over small trees written from a table, and checks what they say.
+
+#include <sys/stat.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <gtest/gtest.h>
+
+#include "cli.hpp"
+#include "example/docparser/doc_example_parser.hpp"
+#include "support/temp_tree.hpp"
+#include "zwhost/settings.hpp"
+
+namespace zwtest {
+
+// Files under docCatalog/exampleapi, each a path and its content. "p.zip!e.json" is the entry
+// e.json of the package p.zip, entries in order; the content "<fifo>" makes a named pipe,
+// "<link>t" a symbolic link to t, "<copy>f" a copy of the file f of the source tree.
+using Files = std::vector<std::pair<std::string, std::string>>;
+
+// One command line over a tree and what it must say.
+struct ToolCase {
+    Files files; // none: the sample tree
+    // Words split at spaces, after any NAME=value words that set the environment as a shell
+    // does; TTY=1 makes standard output a terminal.
+    std::string command;
+    int status;
+    // Each is found in the output, standard error or the findings of a JSON report (one line each:
+    // "file:line:column /pointer (id) [rule] message"); "!text" is found in none of them, and
+    // "@name" is the whole output: tests/data/exampledoc/name, with the tree's root as {root}.
+    std::vector<std::string> expected;
+};
+
+struct ToolRun {
+    int status;
+    std::string out, err;
+};
+
+inline std::string fileText(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline std::string findingLines(const std::string& out) {
+    boost::system::error_code error;
+    const boost::json::value report = boost::json::parse(out, error);
+    if (error || !report.is_object() || !report.as_object().contains("findings")) {
+        return {};
+    }
+    std::string lines;
+    for (const auto& finding : report.at("findings").as_array()) {
+        const auto text = [&](const char* key) {
+            const boost::json::value& value = finding.at(key);
+            return value.is_string() ? std::string(value.as_string())
+                   : value.is_null() ? std::string()
+                                     : boost::json::serialize(value);
+        };
+        lines += text("file") + (text("line").empty() ? "" : ':' + text("line") + ':' + text("column")) +
+                 (text("jsonPath").empty() ? "" : ' ' + text("jsonPath")) +
+                 (text("exampleId").empty() ? "" : " (" + text("exampleId") + ')') + " [" + text("rule") +
+                 "] " + text("message") + '\n';
+    }
+    return lines;
+}
+
+// Writes `files` under a fresh root and runs `command` over it as a new process would.
+inline ToolRun runTool(const Files& files, const std::string& command) {
+    namespace fs = std::filesystem;
+    const TempDir dir;
+    const fs::path tree = dir.path() / "docCatalog/exampleapi";
+    std::map<fs::path, std::vector<ZipEntry>> packages;
+    for (const auto& [path, content] : files) {
+        const auto bang = path.find('!');
+        const fs::path at = tree / path.substr(0, bang);
+        if (bang != std::string::npos) {
+            packages[at].push_back({path.substr(bang + 1), content});
+            continue;
+        }
+        fs::create_directories(at.parent_path());
+        if (content == "<fifo>") {
+            ::mkfifo(at.c_str(), 0600);
+        } else if (content.starts_with("<link>")) {
+            fs::create_symlink(content.substr(6), at);
+        } else if (content.starts_with("<copy>")) {
+            fs::copy_file(ZW_SOURCE_DIR "/" + content.substr(6), at);
+        } else {
+            std::ofstream(at, std::ios::binary) << content;
+        }
+    }
+    for (const auto& [package, entries] : packages) {
+        writeZip(package, entries);
+    }
+
+    const std::string root = files.empty() ? ZW_SAMPLE_DOCROOT : dir.path().string();
+    std::vector<std::string> args;
+    // Only the row's own words set the environment the tool reads.
+    std::vector<std::string> variables = {"LC_ALL", "LC_MESSAGES", "LANG", "NO_COLOR", "ZW_DOC_ROOT"};
+    for (const std::string& variable : variables) {
+        ::unsetenv(variable.c_str());
+    }
+    ::setenv("ZW_DOC_ROOT", root.c_str(), 1);
+    bool terminal = false;
+    std::istringstream words(command);
+    for (std::string word; words >> word;) {
+        const auto equals = word.find('=');
+        if (!args.empty() || equals == std::string::npos ||
+            !std::isupper(static_cast<unsigned char>(word[0]))) {
+            args.push_back(word);
+        } else if (word == "TTY=1") {
+            terminal = true;
+        } else {
+            variables.push_back(word.substr(0, equals));
+            ::setenv(variables.back().c_str(), word.substr(equals + 1).c_str(), 1);
+        }
+    }
+    zwhost::settings::resetToDefaults();
+    example::docparser::DocExampleParser::restoreDefaultSettings();
+    std::ostringstream out;
+    std::ostringstream err;
+    ToolRun run{exampledoc::run(args, out, err, terminal), out.str(), err.str()};
+    for (const std::string& variable : variables) {
+        ::unsetenv(variable.c_str());
+    }
+    for (std::string* text : {&run.out, &run.err}) {
+        for (auto at = text->find(root); at != std::string::npos; at = text->find(root, at)) {
+            text->replace(at, root.size(), "{root}");
+        }
+    }
+    return run;
+}
+
+// Runs the case and checks its exit status and everything it expects.
+inline void expectTool(const ToolCase& c) {
+    SCOPED_TRACE("exampledoc " + c.command);
+    const ToolRun run = runTool(c.files, c.command);
+    const std::string said = run.out + '\n' + run.err + '\n' + findingLines(run.out);
+    EXPECT_EQ(run.status, c.status) << said;
+    for (const std::string& expected : c.expected) {
+        if (expected.starts_with('@')) {
+            EXPECT_EQ(run.out, fileText(ZW_SOURCE_DIR "/tests/data/exampledoc/" + expected.substr(1)));
+        } else if (expected.starts_with('!')) {
+            EXPECT_EQ(said.find(expected.substr(1)), std::string::npos) << expected.substr(1) << '\n' << said;
+        } else {
+            EXPECT_NE(said.find(expected), std::string::npos) << expected << '\n' << said;
+        }
+    }
+}
+
+} // namespace zwtest
