@@ -7,19 +7,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
+#include <string>
 
 #include <boost/json/parse.hpp>
 #include <string_view>
 
 #include "commands.hpp"
 #include "example/docparser/doc_example_parser.hpp"
-#include "fuzz_tree.hpp"
+#include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
 
-const zwfuzz::FuzzTree& tree() {
-    static const zwfuzz::FuzzTree instance;
+const zwtest::TempDir& tree() {
+    static const zwtest::TempDir instance;
     return instance;
 }
 
@@ -33,10 +34,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const bool package = std::string_view(reinterpret_cast<const char*>(data), size).starts_with("PK");
-    tree().reset(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json", data, size);
+    tree().clear();
+    tree().write(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json",
+                 std::string(reinterpret_cast<const char*>(data), size));
 
     exampledoc::Options options;
-    options.root = tree().root().string();
+    options.root = tree().path().string();
     options.format = "json";
     std::ostringstream out;
     std::ostringstream err;

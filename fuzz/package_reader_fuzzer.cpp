@@ -5,14 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <string>
 
 #include "example/docparser/doc_example_parser.hpp"
-#include "fuzz_tree.hpp"
 #include "opc/file_system_ops_selector.hpp"
 #include "opc/model/package.hpp"
 #include "opc/zippackage/zip_physical_package.hpp"
 #include "opc/zwservices/file_system.hpp"
 #include "storage/microservicestoragesystem/storage_system.hpp"
+#include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
@@ -20,8 +21,8 @@ namespace {
 // Small enough that an entry which inflates without end is stopped quickly.
 constexpr std::uint64_t kReadLimit = std::uint64_t{1} << 20;
 
-const zwfuzz::FuzzTree& tree() {
-    static const zwfuzz::FuzzTree instance;
+const zwtest::TempDir& tree() {
+    static const zwtest::TempDir instance;
     return instance;
 }
 
@@ -48,12 +49,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto file = tree().reset("h/pkg.zip", data, size);
-    const std::string path = file.string();
+    tree().clear();
+    const auto file = tree().write("h/pkg.zip", std::string(reinterpret_cast<const char*>(data), size));
     try {
-        readThroughServices(std::u16string(path.begin(), path.end()));
+        readThroughServices(zwtest::u16(file.string()));
     } catch (const std::exception&) {
     }
-    example::docparser::DocExampleParser::getDocExampleFiles(tree().root16());
+    example::docparser::DocExampleParser::getDocExampleFiles(zwtest::u16(tree().path().string()));
     return 0;
 }
