@@ -17,15 +17,6 @@
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
-namespace {
-
-const zwtest::TempDir& tree() {
-    static const zwtest::TempDir instance;
-    return instance;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     zwhost::settings::setReadLimit(std::uint64_t{1} << 20);
     zwhost::settings::setCurrentLocale(u"ja_JP");
@@ -34,12 +25,13 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const bool package = std::string_view(reinterpret_cast<const char*>(data), size).starts_with("PK");
-    tree().clear();
-    tree().write(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json",
-                 std::string(reinterpret_cast<const char*>(data), size));
+    static const zwtest::TempDir tree;
+    tree.clear();
+    tree.write(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json",
+               std::string(reinterpret_cast<const char*>(data), size));
 
     exampledoc::Options options;
-    options.root = tree().path().string();
+    options.root = tree.path().string();
     options.format = "json";
     std::ostringstream out;
     std::ostringstream err;

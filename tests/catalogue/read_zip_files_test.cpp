@@ -86,10 +86,9 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThem
            false,
            {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})}, {"notes.txt", "notes"}}}},
          ""},
-        {"a refused package, an empty one and a bad file",
+        {"a refused package and a bad file",
          {{"first", false, {{"a.json", catalogueText("h", "en", {{"a", "first"}})}}},
           {"refused", false, {{"../a.json", catalogueText("h", "en", {{"r", "refused"}})}}},
-          {"empty", false, {}},
           {"mixed", false, {{"bad.json", "{"}, {"b.json", catalogueText("h", "en", {{"b", "mixed"}})}}}},
          "h(en): c/a=first c/b=mixed"},
     };
@@ -98,17 +97,13 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThem
     }
 }
 
-TEST_F(ReadZipFiles, AFailedSetUpLeavesEvenAnEmptyCallAndAFailedPackageCostsOnlyItself) {
+TEST_F(ReadZipFiles, StorageIsSetUpOncePerCallAndAFailedPackageCostsOnlyItself) {
     const auto packages =
         write({{"a", false, {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}},
                {"b", false, {{"b.json", catalogueText("h", "en", {{"b", "B"}})}, {"x.txt", ""}}}});
     const zwhost::fault::Scope faults;
     EXPECT_EQ(read(packages), "h(en): c/a=A c/b=B");
     EXPECT_EQ(zwhost::fault::callsOf("GetStorageSystemReference"), 1U);
-    for (const char* operation : {"GetStorageSystemReference", "FileSystemOpsSelector"}) {
-        zwhost::fault::failOn(operation, 1);
-        EXPECT_THROW(read({}), zwhost::fault::InjectedFault) << operation;
-    }
     for (const char* operation :
          {"ProductPathData::getFullPath", "ZipPhysicalPackage", "Package", "FileSystemManager",
           "Package::open", "FileSystemManager::getAllLeafs", "DocResourceParser::isValidFilename"}) {
