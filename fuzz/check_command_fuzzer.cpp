@@ -7,23 +7,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
+#include <string>
 
 #include <boost/json/parse.hpp>
 #include <string_view>
 
 #include "commands.hpp"
 #include "example/docparser/doc_example_parser.hpp"
-#include "fuzz_tree.hpp"
+#include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
-
-namespace {
-
-const zwfuzz::FuzzTree& tree() {
-    static const zwfuzz::FuzzTree instance;
-    return instance;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     zwhost::settings::setReadLimit(std::uint64_t{1} << 20);
@@ -33,10 +25,13 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const bool package = std::string_view(reinterpret_cast<const char*>(data), size).starts_with("PK");
-    tree().reset(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json", data, size);
+    static const zwtest::TempDir tree;
+    tree.clear();
+    tree.write(package ? "docCatalog/exampleapi/h/pkg.zip" : "docCatalog/exampleapi/h/ex.json",
+               std::string(reinterpret_cast<const char*>(data), size));
 
     exampledoc::Options options;
-    options.root = tree().root().string();
+    options.root = tree.path().string();
     options.format = "json";
     std::ostringstream out;
     std::ostringstream err;

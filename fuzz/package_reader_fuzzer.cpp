@@ -5,39 +5,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <string>
 
 #include "example/docparser/doc_example_parser.hpp"
-#include "fuzz_tree.hpp"
-#include "opc/file_system_ops_selector.hpp"
-#include "opc/model/package.hpp"
-#include "opc/zippackage/zip_physical_package.hpp"
-#include "opc/zwservices/file_system.hpp"
-#include "storage/microservicestoragesystem/storage_system.hpp"
+#include "support/open_package.hpp"
+#include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
 
 // Small enough that an entry which inflates without end is stopped quickly.
 constexpr std::uint64_t kReadLimit = std::uint64_t{1} << 20;
-
-const zwfuzz::FuzzTree& tree() {
-    static const zwfuzz::FuzzTree instance;
-    return instance;
-}
-
-void readThroughServices(const std::u16string& path) {
-    const opc::FileSystemOpsSelector selector(
-        storage::microservicestoragesystem::GetStorageSystemReference());
-    opc::zippackage::ZipPhysicalPackage physical(path, selector, true);
-    opc::model::Package package(physical);
-    const opc::zwservices::FileSystemManager manager(package, selector);
-    package.open(opc::interfaces::OpenMode::ReadOnly);
-    for (const opc::zwservices::FileSystemEntry& leaf : manager.getAllLeafs()) {
-        if (manager.readEntry(leaf, kReadLimit).size() > kReadLimit) {
-            __builtin_trap();
-        }
-    }
-}
 
 } // namespace
 
@@ -48,12 +26,17 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto file = tree().reset("h/pkg.zip", data, size);
-    const std::string path = file.string();
+    static const zwtest::TempDir tree;
+    tree.clear();
+    const auto file = tree.write("h/pkg.zip", std::string(reinterpret_cast<const char*>(data), size));
     try {
-        readThroughServices(std::u16string(path.begin(), path.end()));
+        for (const auto& [path, text] : zwtest::readPackage(file, kReadLimit)) {
+            if (text.size() > kReadLimit) {
+                __builtin_trap();
+            }
+        }
     } catch (const std::exception&) {
     }
-    example::docparser::DocExampleParser::getDocExampleFiles(tree().root16());
+    example::docparser::DocExampleParser::getDocExampleFiles(zwtest::u16(tree.path().string()));
     return 0;
 }

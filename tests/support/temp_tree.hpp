@@ -1,8 +1,11 @@
 #pragma once
-// Temporary folders with files and zip packages, built by tests from code.
+// Temporary folders with files and zip packages, built from code by tests and fuzz targets.
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zwtest {
@@ -13,8 +16,24 @@ struct ZipEntry {
     std::string content;
 };
 
-/** Writes a zip package of `entries`, in order, at `file` (folders made as needed). */
+/** One entry as zipOf writes it: `data` as it stands, packed by `method`. The declared size and
+    CRC are those of `data` unless given, so that an entry may lie about them. */
+struct ZipRecord {
+    std::string name = {};
+    std::string data = {};
+    std::uint16_t method = 0;
+    std::optional<std::uint64_t> size = {};
+    std::optional<std::uint32_t> crc = {};
+};
+
+/** The bytes of a zip package of `records` in order, with zip64 end records past 65535 of them. */
+std::string zipOf(const std::vector<ZipRecord>& records);
+
+/** Writes a zip package of `entries`, in order and deflated, at `file` (folders made as needed). */
 void writeZip(const std::filesystem::path& file, const std::vector<ZipEntry>& entries);
+
+/** The CRC-32 of `bytes`, as zip headers hold it. */
+std::uint32_t crc32(std::string_view bytes);
 
 /** A fresh folder under the system's temporary folder, removed with everything in it. */
 class TempDir {
@@ -32,6 +51,9 @@ public:
     /** Writes a zip package of `entries` at `relative` under the folder; gives its full path. */
     std::filesystem::path writeZip(const std::filesystem::path& relative,
                                    const std::vector<ZipEntry>& entries) const;
+
+    /** Removes everything in the folder, which stays. */
+    void clear() const;
 
 private:
     std::filesystem::path path_;
