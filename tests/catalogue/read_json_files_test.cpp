@@ -5,7 +5,6 @@
 #include "catalogue/catalogue_parser.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
-#include "zwhost/fault.hpp"
 
 namespace {
 
@@ -32,26 +31,6 @@ protected:
     Info::JsonParsingFcn parse = &example::docparser::detail::parseExampleCatalogue;
     Info::IsInstalledFcn installed = [](const std::u16string&) { return true; };
 };
-
-TEST_F(ReadJsonFiles, PrecedenceBetweenTwoFilesOfOneHelpFolder) {
-    // Whose header and shared id win; the items of a shared id are never joined.
-    const std::tuple<bool, bool, const char*> rows[] = {
-        {false, true, "h(second): c/a=A c/b=B c/shared=second\n"},
-        {true, false, "h(first): c/a=A c/b=B c/shared=first\n"},
-        {false, false, "h(first): c/a=A c/b=B c/shared=first\n"},
-        {true, true, "h(second): c/a=A c/b=B c/shared=second\n"},
-    };
-    for (const auto& [firstLocalised, secondLocalised, expected] : rows) {
-        const Results results = read({
-            file("a.json", firstLocalised,
-                 zwtest::catalogueText("h", "first", {{"shared", "first"}, {"a", "A"}})),
-            file("b.json", secondLocalised,
-                 zwtest::catalogueText("h", "second", {{"shared", "second"}, {"b", "B"}})),
-        });
-        EXPECT_EQ(zwtest::titles(results.installed), expected);
-        EXPECT_TRUE(results.notInstalled.empty());
-    }
-}
 
 TEST_F(ReadJsonFiles, ABadFileCostsOnlyItselfAndNoFilesChangeNothing) {
     Results results = read({
@@ -88,20 +67,6 @@ TEST_F(ReadJsonFiles, PredicateChoosesTheMapAndAnEmptyCallableSkipsEveryFile) {
     installed = [](const std::u16string&) { return true; };
     parse = nullptr;
     EXPECT_TRUE(read(files).installed.empty());
-}
-
-TEST_F(ReadJsonFiles, LocaleFlagIsAskedOutsideTheGuard) {
-    const std::vector<ProductPathData> files = {
-        file("a.json", false, zwtest::catalogueText("a", "en", {})),
-        file("b.json", false, zwtest::catalogueText("b", "en", {})),
-    };
-    zwhost::fault::Scope faults;
-    zwhost::fault::failOn("ProductData::isNonEnglishLocale", 2);
-    Results results;
-    const Info info{parse, installed, {}, u"_ja_JP"};
-    EXPECT_THROW(DocResourceParser::ParsingTools::readJsonFiles(files, info, results),
-                 zwhost::fault::InjectedFault);
-    EXPECT_EQ(results.installed.size(), 1U);
 }
 
 // Allocates from the global heap but fails the allocation that brings the countdown to zero.

@@ -10,19 +10,15 @@ namespace {
 using reference::docparser::CatalogueFormatError;
 using ParsingTools = reference::docparser::DocResourceParser::ParsingTools;
 
-TEST(ParsingTools, ConvertsUtf8ToUtf16WithSurrogatePairs) {
-    const auto value = boost::json::parse(R"({"s":"aé€😀 long ascii run of text"})");
-    EXPECT_EQ(ParsingTools::getFluString(value.as_object(), "s", ParsingTools::Verbatim),
-              u"aé€😀 long ascii run of text");
-}
-
-TEST(ParsingTools, TextTrimsOnlyAsciiWhiteSpaceAtBothEnds) {
-    const auto value = boost::json::parse(R"([" \t\r\n a b \n", "\u00a0x\u00a0", "   "])");
+TEST(ParsingTools, ConvertsToUtf16AndTrimsOnlyAsciiWhiteSpaceOfText) {
+    const auto value =
+        boost::json::parse(R"([" \t\r\n a b \n", "\u00a0x\u00a0", "   ", "aé€😀 long ascii run"])");
     const auto& array = value.as_array();
     EXPECT_EQ(ParsingTools::getFluString(array[0], ParsingTools::Text), u"a b");
     EXPECT_EQ(ParsingTools::getFluString(array[0], ParsingTools::Verbatim), u" \t\r\n a b \n");
     EXPECT_EQ(ParsingTools::getFluString(array[1], ParsingTools::Text), u"\u00a0x\u00a0");
     EXPECT_EQ(ParsingTools::getFluString(array[2], ParsingTools::Text), u"");
+    EXPECT_EQ(ParsingTools::getFluString(array[3], ParsingTools::Verbatim), u"aé€😀 long ascii run");
 }
 
 TEST(ParsingTools, WrongKindsThrowNamingTheKey) {
@@ -45,6 +41,11 @@ TEST(ParsingTools, WrongKindsThrowNamingTheKey) {
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("s")), CatalogueFormatError);
     EXPECT_THROW(ParsingTools::getJsonArray(object.at("a"), "k"), CatalogueFormatError);
     EXPECT_TRUE(ParsingTools::getJsonArray(value, "a").empty());
+    const auto header = ParsingTools::getHeaderInfo(boost::json::parse(R"({"header":{"helpFolder":"h"}})"));
+    EXPECT_EQ(header.getHelpFolder() + u"|" + header.getLocale(), u"h|");
+    for (const char* text : {R"({"header":{"locale":null}})", R"({"header":"x"})", R"(["header"])"}) {
+        EXPECT_THROW(ParsingTools::getHeaderInfo(boost::json::parse(text)), CatalogueFormatError) << text;
+    }
 }
 
 TEST(ParsingTools, MembersAreFoundByExactNameInSmallAndLargeObjects) {
@@ -58,21 +59,10 @@ TEST(ParsingTools, MembersAreFoundByExactNameInSmallAndLargeObjects) {
         SCOPED_TRACE(members);
         EXPECT_EQ(ParsingTools::getFluString(object, "k2", ParsingTools::Verbatim), u"v2");
         EXPECT_EQ(ParsingTools::getFluString(object, "title", ParsingTools::Text), u"t");
-        EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "titl", ParsingTools::Text), u"");
-        EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, "k", ParsingTools::Text), u"");
-        EXPECT_THROW(ParsingTools::getFluString(object, "K2", ParsingTools::Verbatim), CatalogueFormatError);
-        EXPECT_THROW(ParsingTools::getFluString(object, "", ParsingTools::Verbatim), CatalogueFormatError);
+        for (const char* miss : {"titl", "k", "K2", ""}) {
+            EXPECT_EQ(ParsingTools::getFluStringWithFallback(object, miss, ParsingTools::Text), u"") << miss;
+        }
     }
-}
-
-TEST(ParsingTools, HeaderMembersAreOptionalStrings) {
-    const auto header = ParsingTools::getHeaderInfo(boost::json::parse(R"({"header":{"helpFolder":"h"}})"));
-    EXPECT_EQ(header.getHelpFolder(), u"h");
-    EXPECT_EQ(header.getLocale(), u"");
-    EXPECT_THROW(ParsingTools::getHeaderInfo(boost::json::parse(R"({"header":{"locale":null}})")),
-                 CatalogueFormatError);
-    EXPECT_THROW(ParsingTools::getHeaderInfo(boost::json::parse(R"({"header":"x"})")), CatalogueFormatError);
-    EXPECT_THROW(ParsingTools::getHeaderInfo(boost::json::parse(R"(["header"])")), CatalogueFormatError);
 }
 
 } // namespace
