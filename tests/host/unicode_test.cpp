@@ -71,21 +71,11 @@ TEST(Utf8ToUtf16, AsciiAndOneWideCharacterAtEveryPlace) {
 TEST(Utf8ToUtf16, MalformedSequencesAreRefusedWherever) {
     // Lone continuations, leads cut short or followed by ASCII, overlong forms, surrogates,
     // past U+10FFFF, bytes never in UTF-8.
-    const std::string bad[] = {"\x80",
-                               "\xBF",
-                               "\xC3",
-                               "\xE6\x97",
-                               "\xF0\x9F\x98",
-                               "\xC3\x28",
-                               "\xC0\x80",
-                               "\xC1\xBF",
-                               "\xE0\x80\x80",
-                               "\xF0\x80\x80\x80",
-                               "\xED\xA0\x80",
-                               "\xED\xBF\xBF",
-                               "\xF4\x90\x80\x80",
-                               "\xF8\x88\x80\x80",
-                               "\xFF"};
+    // clang-format off
+    const std::string bad[] = {"\x80", "\xBF", "\xC3", "\xE6\x97", "\xF0\x9F\x98", "\xC3\x28", "\xC0\x80", "\xC1\xBF",
+                               "\xE0\x80\x80", "\xF0\x80\x80\x80", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80",
+                               "\xF8\x88\x80\x80", "\xFF"};
+    // clang-format on
     for (const std::string& sequence : bad) {
         for (const std::size_t before : {0, 1, 8, 15, 16, 17, 600}) {
             for (const std::size_t after : {0, 1, 8, 16}) {
