@@ -104,7 +104,7 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
 }
 
 TEST_F(AllocationFailure, FailedCopyLeavesTheSourceAsItWas) {
-    const ExampleItem item = makeItem(ExampleType::Chart, links({{u"a", u"1"}, {u"b", u"2"}}));
+    const ExampleItem item = makeItem(ExampleType::Chart);
     const std::string before = zwtest::describe(item);
     sweep([&](const Guarded& guarded) {
         std::optional<ExampleItem> copy;
@@ -133,7 +133,7 @@ TEST_F(AllocationFailure, FailedGetLeavesTheCacheEmptyForTheNextGet) {
     for (const auto& getter : getters) {
         SCOPED_TRACE(getter.name);
         const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
-            const ExampleItem item = makeItem(ExampleType::Chart, links({{u"a", u"1"}, {u"b", u"2"}}));
+            const ExampleItem item = makeItem(ExampleType::Chart);
             const bool failed = !guarded([&] { (item.*getter.get)(); }).empty();
             EXPECT_EQ(getter.cache(item) == nullptr, failed);
             EXPECT_EQ(textsOf((item.*getter.get)()), getter.value);
@@ -155,7 +155,7 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
         {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), {"copyZxArrayToSharedZxArrayPtr"}},
         {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), {}}, // refused: not a scalar
         {"DocIDLinks",
-         linkArray(1, 2, links({{u"x", u"9"}, {u"y", u"8"}})),
+         linkArray(1, 2, {u"x", u"y"}),
          {"omCreateZCOSMatrix", "matrix::createArray", "makeInterned", "COSClass::getClass", "omWrapData",
           "omSetArrayElement", "zcosConvertArrayToInternalInPlace", "zxSetArrayScope"}},
     };
