@@ -111,7 +111,6 @@ TEST_F(Bridge, KindObjectHoldsTheNumberAndNamesItsMember) {
         EXPECT_EQ(object->objectClass, host::findClass(classes::kExampleTypeClass));
         EXPECT_EQ(kindUnder(object), kind);
         EXPECT_EQ(textsOf(object), Strings{name});
-        EXPECT_EQ(object->refCount, 1u);
     }
     // A copy builds its own object, from the number.
     I item = makeItem();
