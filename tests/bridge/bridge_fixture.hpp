@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,29 +25,22 @@ class BridgeTest : public HostLeakCheck {
 protected:
     BridgeTest() { zwhost::classes::registerDocParserClasses(); }
 
-    static std::vector<DocIDLink>
-    links(std::initializer_list<std::pair<const char16_t*, const char16_t*>> pairs) {
-        std::vector<DocIDLink> result;
-        for (const auto& [docID, target] : pairs) {
-            result.emplace_back(docID, target);
-        }
-        return result;
-    }
-
-    static ExampleItem makeItem(ExampleType::Value kind = ExampleType::Model,
-                                std::vector<DocIDLink> docIDLinks = {}) {
+    /** An item of the given kind with two of everything but the texts: links "a" to "1", "b" to "2". */
+    static ExampleItem makeItem(ExampleType::Value kind = ExampleType::Model) {
+        std::vector<DocIDLink> links;
+        links.emplace_back(u"a", u"1");
+        links.emplace_back(u"b", u"2");
         return ExampleItem(u"name", u"component", u"title", u"description", {u"a.m", u"b.m"}, u"thumb.png",
-                           kind, u"open", {u"data.mat"}, std::move(docIDLinks));
+                           kind, u"open", {u"data.mat"}, std::move(links));
     }
 
-    /** A new rows-by-cols object array of the host's link class holding heap copies of `source`. */
-    static matrix::zx_array_handle linkArray(unsigned long rows, unsigned long cols,
-                                             const std::vector<DocIDLink>& source) {
+    /** A new rows-by-cols object array of the host's link class holding links from `ids` to "t". */
+    static matrix::zx_array_handle linkArray(unsigned long rows, unsigned long cols, const Strings& ids) {
         const auto name = zcos::internal::makeInterned(std::string(zwhost::classes::kDocIDLinkClass));
         matrix::zx_array_handle array(omCreateZCOSMatrix(rows, cols, name));
-        for (std::size_t i = 0; i < source.size(); ++i) {
+        for (std::size_t i = 0; i < ids.size(); ++i) {
             omSetArrayElement(array.get(), i,
-                              omWrapData(new DocIDLink(source[i].copy()), zcos::COSClass::getClass(name)));
+                              omWrapData(new DocIDLink(ids[i], u"t"), zcos::COSClass::getClass(name)));
         }
         return array;
     }
@@ -69,14 +61,6 @@ protected:
                 matrix::getCharText(zwhost::zcos::getProperty(value, i, kind ? "Name" : "DocID").get()));
         }
         return texts;
-    }
-
-    static Strings docIDsOf(const std::vector<DocIDLink>& source) {
-        Strings ids;
-        for (const DocIDLink& link : source) {
-            ids.push_back(link.getDocID());
-        }
-        return ids;
     }
 
     /** The first 32-bit word under an enumeration object. */

@@ -1,48 +1,42 @@
 #include "support/item_caches.hpp"
 
+#include <array>
+
 namespace example::docparser::detail {
 namespace {
 
 using CacheMember = SharedZxArrayPtr ExampleItem::*;
 
-// An explicit instantiation may name private members; each one below defines memberOf for its
-// tag, which hands the member pointer out. The item's header thus needs no friend for tests.
-struct RelativePathsTag {};
-struct ExampleTypeTag {};
-struct SupportingFilesTag {};
-struct DocIDLinksTag {};
-CacheMember memberOf(RelativePathsTag);
-CacheMember memberOf(ExampleTypeTag);
-CacheMember memberOf(SupportingFilesTag);
-CacheMember memberOf(DocIDLinksTag);
+// An explicit instantiation may name private members; the one below defines members(), which
+// hands the member pointers out. The item's header thus needs no friend for tests.
+struct Tag {};
+std::array<CacheMember, 4> members(Tag);
 
-template <class Tag, CacheMember Member>
+template <CacheMember... Members>
 struct Expose {
-    friend CacheMember memberOf(Tag) { return Member; }
+    friend std::array<CacheMember, 4> members(Tag) { return {Members...}; }
 };
-template struct Expose<RelativePathsTag, &ExampleItem::relativePathsCache>;
-template struct Expose<ExampleTypeTag, &ExampleItem::exampleTypeCache>;
-template struct Expose<SupportingFilesTag, &ExampleItem::supportingFilesCache>;
-template struct Expose<DocIDLinksTag, &ExampleItem::docIDLinksCache>;
+template struct Expose<&ExampleItem::relativePathsCache, &ExampleItem::exampleTypeCache,
+                       &ExampleItem::supportingFilesCache, &ExampleItem::docIDLinksCache>;
 
 // The caches are mutable members; a member pointer does not carry that, so constness is cast off.
-SharedZxArrayPtr& cache(const ExampleItem& item, CacheMember member) {
-    return const_cast<ExampleItem&>(item).*member;
+SharedZxArrayPtr& cache(const ExampleItem& item, std::size_t which) {
+    return const_cast<ExampleItem&>(item).*members(Tag{})[which];
 }
 
 } // namespace
 
 SharedZxArrayPtr& ExampleItemCaches::relativePaths(const ExampleItem& item) {
-    return cache(item, memberOf(RelativePathsTag{}));
+    return cache(item, 0);
 }
 SharedZxArrayPtr& ExampleItemCaches::exampleType(const ExampleItem& item) {
-    return cache(item, memberOf(ExampleTypeTag{}));
+    return cache(item, 1);
 }
 SharedZxArrayPtr& ExampleItemCaches::supportingFiles(const ExampleItem& item) {
-    return cache(item, memberOf(SupportingFilesTag{}));
+    return cache(item, 2);
 }
 SharedZxArrayPtr& ExampleItemCaches::docIDLinks(const ExampleItem& item) {
-    return cache(item, memberOf(DocIDLinksTag{}));
+    return cache(item, 3);
 }
 
 } // namespace example::docparser::detail
