@@ -91,20 +91,13 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThem
     }
 }
 
-TEST_F(ReadZipFiles, StorageIsSetUpOncePerCallAndAFailedPackageCostsOnlyItself) {
-    const std::vector<Package> packages = {
-        {"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}},
-        {"b", {{"b.json", catalogueText("h", "en", {{"b", "B"}})}, {"x.txt", ""}}}};
+// A failure at each host call is swept by the fault sweep; this shows the storage is set up once.
+TEST_F(ReadZipFiles, StorageIsSetUpOncePerCall) {
     const zwhost::fault::Scope faults;
-    EXPECT_EQ(read(packages), "h(en): c/a=A c/b=B");
+    EXPECT_EQ(read({{"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}},
+                    {"b", {{"b.json", catalogueText("h", "en", {{"b", "B"}})}}}}),
+              "h(en): c/a=A c/b=B");
     EXPECT_EQ(zwhost::fault::callsOf("GetStorageSystemReference"), 1U);
-    for (const char* operation :
-         {"ProductPathData::getFullPath", "ZipPhysicalPackage", "Package", "FileSystemManager",
-          "Package::open", "FileSystemManager::getAllLeafs", "DocResourceParser::isValidFilename"}) {
-        zwhost::fault::reset();
-        zwhost::fault::failOn(operation, 1);
-        EXPECT_EQ(read(packages), "h(en): c/b=B") << operation;
-    }
 }
 
 } // namespace

@@ -47,16 +47,6 @@ std::vector<ZipRecord> numbered(std::size_t count, const ZipRecord& record = {})
     return records;
 }
 
-TEST(StorageSystem, PathsAreUtf8AndAnEmptyReferenceCannotBeSelected) {
-    const auto reference = GetStorageSystemReference();
-    EXPECT_EQ(reference.system()->nativePath(u"/tmp/a b/é€😀.zip"), "/tmp/a b/é€😀.zip");
-    for (const std::u16string bad : {u"x\xD800", u"\xDC00x", u"\xD800\xD800"}) {
-        EXPECT_THROW(reference.system()->nativePath(bad), std::invalid_argument);
-    }
-    EXPECT_THROW(opc::FileSystemOpsSelector{foundation::storage::vfs::StorageSystemReference()},
-                 std::invalid_argument);
-}
-
 TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemToTheLimit) {
     const TempDir dir;
     std::string binary(300000, '\0');
@@ -109,10 +99,18 @@ TEST_F(PackageCorpus, EachPackageReadsOrIsRefusedAsTheManifestSays) {
         << "the manifest and the corpus name different packages";
 }
 
-TEST(PackageServices, MisuseAndAFifoThrowWithoutWaiting) {
+TEST(PackageServices, MisuseBadPathsAndAFifoThrowWithoutWaiting) {
+    const auto reference = GetStorageSystemReference();
+    EXPECT_EQ(reference.system()->nativePath(u"/tmp/a b/é€😀.zip"), "/tmp/a b/é€😀.zip");
+    for (const std::u16string bad : {u"x\xD800", u"\xDC00x", u"\xD800\xD800"}) {
+        EXPECT_THROW(reference.system()->nativePath(bad), std::invalid_argument);
+    }
+    EXPECT_THROW(opc::FileSystemOpsSelector{foundation::storage::vfs::StorageSystemReference()},
+                 std::invalid_argument);
+
     const TempDir dir;
     const auto file = u16(dir.writeZip("p.zip", {{"a.json", "{}"}}).string());
-    const opc::FileSystemOpsSelector selector(GetStorageSystemReference());
+    const opc::FileSystemOpsSelector selector(reference);
 
     opc::zippackage::ZipPhysicalPackage physical(file, selector, true);
     opc::model::Package package(physical);
