@@ -27,13 +27,14 @@ std::string pack(std::string_view widths, std::initializer_list<std::uint64_t> v
     return out;
 }
 
-void writeFile(const std::filesystem::path& file, const std::string& content) {
+std::filesystem::path writeFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream out(file, std::ios::binary);
     out << content;
     if (!out) {
         throw std::runtime_error("cannot write " + file.string());
     }
+    return file;
 }
 
 } // namespace
@@ -105,8 +106,7 @@ TempDir::~TempDir() {
 
 std::filesystem::path TempDir::write(const std::filesystem::path& relative,
                                      const std::string& content) const {
-    writeFile(path_ / relative, content);
-    return path_ / relative;
+    return writeFile(path_ / relative, content);
 }
 
 std::filesystem::path TempDir::writeZip(const std::filesystem::path& relative,
