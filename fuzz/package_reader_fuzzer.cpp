@@ -12,12 +12,8 @@
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
-namespace {
-
 // Small enough that an entry which inflates without end is stopped quickly.
-constexpr std::uint64_t kReadLimit = std::uint64_t{1} << 20;
-
-} // namespace
+static constexpr std::uint64_t kReadLimit = std::uint64_t{1} << 20;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     zwhost::settings::setReadLimit(kReadLimit);

@@ -1,5 +1,5 @@
 // Runs one fuzz target over its committed inputs, its seed corpus and the inputs of past
-// crashes, so that every test run checks that each of them still runs cleanly.
+// crashes, so that every test run checks that each of them still runs cleanly and leaks nothing.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,10 +10,14 @@
 
 #include <gtest/gtest.h>
 
+#include "support/host_leak_check.hpp"
+
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-TEST(ZW_FUZZ_SUITE, EveryCommittedInputRunsCleanly) {
+using ZW_FUZZ_SUITE = zwtest::HostLeakCheck;
+
+TEST_F(ZW_FUZZ_SUITE, EveryCommittedInputRunsCleanly) {
     LLVMFuzzerInitialize(nullptr, nullptr);
     std::size_t inputs = 0;
     for (const char* folder : {ZW_FUZZ_CORPUS, ZW_FUZZ_CRASHES}) {

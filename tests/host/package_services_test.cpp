@@ -27,29 +27,16 @@
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
+using namespace zwtest;
 using opc::PackageError;
 using opc::interfaces::OpenMode;
 using opc::zwservices::FileSystemManager;
 using storage::microservicestoragesystem::GetStorageSystemReference;
 using testing::HasSubstr;
-using testing::ThrowsMessage;
-using zwtest::Leaves;
-using zwtest::OpenPackage;
-using zwtest::readPackage;
-using zwtest::u16;
-using zwtest::ZipRecord;
 
 constexpr std::uint64_t kMiB = std::uint64_t{1} << 20;
-
-std::string slurp(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 /** `count` copies of `record`, named after their numbers. */
 std::vector<ZipRecord> numbered(std::size_t count, const ZipRecord& record = {}) {
@@ -60,21 +47,11 @@ std::vector<ZipRecord> numbered(std::size_t count, const ZipRecord& record = {})
     return records;
 }
 
-TEST(StorageSystem, PathsAreUtf8AndAnEmptyReferenceCannotBeSelected) {
-    const auto reference = GetStorageSystemReference();
-    EXPECT_EQ(reference.system()->nativePath(u"/tmp/a b/é€😀.zip"), "/tmp/a b/é€😀.zip");
-    for (const std::u16string bad : {u"x\xD800", u"\xDC00x", u"\xD800\xD800"}) {
-        EXPECT_THROW(reference.system()->nativePath(bad), std::invalid_argument);
-    }
-    EXPECT_THROW(opc::FileSystemOpsSelector{foundation::storage::vfs::StorageSystemReference()},
-                 std::invalid_argument);
-}
-
 TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemToTheLimit) {
-    const zwtest::TempDir dir;
-    std::string binary;
-    for (std::uint32_t i = 0; i < 300000; ++i) {
-        binary += static_cast<char>(i * 7919U % 251U);
+    const TempDir dir;
+    std::string binary(300000, '\0');
+    for (std::uint32_t i = 0; i < binary.size(); ++i) {
+        binary[i] = static_cast<char>(i * 7919U % 251U);
     }
     const OpenPackage open(dir.writeZip("p.zip", {{"z.json", "{\"z\":1}"},
                                                   {"docs/", ""},
@@ -93,28 +70,15 @@ TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemToTheLimit) {
     EXPECT_EQ(open.read(binary.size() - 1).at(1).second,
               "error: entry 2 is larger than the read limit of 299999 bytes");
     EXPECT_EQ(open.read(0).at(2), (std::pair<std::u16string, std::string>{u"empty.txt", ""}));
-
-    const Leaves most = readPackage(dir.write("most.zip", zwtest::zipOf(numbered(65536))));
-    ASSERT_EQ(most.size(), 65536U);
-    EXPECT_EQ(most.back().first, u"65535");
+    EXPECT_EQ(readPackage(dir.write("most.zip", zipOf(numbered(65536)))).back().first, u"65535");
 }
 
-using PackageCorpus = zwtest::HostLeakCheck;
+using PackageCorpus = HostLeakCheck;
 
-// Each package of the fuzz corpus, and each past crash, runs cleanly through the fuzz target.
-// Each package of the corpus reads whole, or is refused with the text its MANIFEST line gives,
+// Each package of the fuzz corpus reads whole, or is refused with the text its MANIFEST line gives,
 // and a refusal leaves nothing behind that stops a good package from reading.
-TEST_F(PackageCorpus, EachInputRunsCleanlyAndReadsOrIsRefusedAsTheManifestSays) {
-    const std::filesystem::path fuzz = ZW_FUZZ_DIR;
-    const std::filesystem::path corpus = fuzz / "corpus/package_reader";
-    const auto runsCleanly = [](const std::filesystem::path& file) {
-        const std::string bytes = slurp(file);
-        return LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()) == 0;
-    };
-    LLVMFuzzerInitialize(nullptr, nullptr);
-    for (const auto& crash : std::filesystem::directory_iterator(fuzz / "crashes/package_reader")) {
-        EXPECT_TRUE(crash.path().filename() == ".gitkeep" || runsCleanly(crash.path())) << crash.path();
-    }
+TEST_F(PackageCorpus, EachPackageReadsOrIsRefusedAsTheManifestSays) {
+    const std::filesystem::path corpus = ZW_FUZZ_DIR "/corpus/package_reader";
     std::ifstream manifest(corpus / "MANIFEST");
     std::ptrdiff_t files = 1;
     for (std::string name, refusal, what;
@@ -122,7 +86,6 @@ TEST_F(PackageCorpus, EachInputRunsCleanlyAndReadsOrIsRefusedAsTheManifestSays) 
          std::getline(manifest, what);
          ++files) {
         SCOPED_TRACE(name);
-        EXPECT_TRUE(runsCleanly(corpus / name));
         try {
             readPackage(corpus / name);
             EXPECT_EQ(refusal, "-") << "read without complaint";
@@ -136,10 +99,18 @@ TEST_F(PackageCorpus, EachInputRunsCleanlyAndReadsOrIsRefusedAsTheManifestSays) 
         << "the manifest and the corpus name different packages";
 }
 
-TEST(PackageServices, MisuseAndAFifoThrowWithoutWaiting) {
-    const zwtest::TempDir dir;
+TEST(PackageServices, MisuseBadPathsAndAFifoThrowWithoutWaiting) {
+    const auto reference = GetStorageSystemReference();
+    EXPECT_EQ(reference.system()->nativePath(u"/tmp/a b/é€😀.zip"), "/tmp/a b/é€😀.zip");
+    for (const std::u16string bad : {u"x\xD800", u"\xDC00x", u"\xD800\xD800"}) {
+        EXPECT_THROW(reference.system()->nativePath(bad), std::invalid_argument);
+    }
+    EXPECT_THROW(opc::FileSystemOpsSelector{foundation::storage::vfs::StorageSystemReference()},
+                 std::invalid_argument);
+
+    const TempDir dir;
     const auto file = u16(dir.writeZip("p.zip", {{"a.json", "{}"}}).string());
-    const opc::FileSystemOpsSelector selector(GetStorageSystemReference());
+    const opc::FileSystemOpsSelector selector(reference);
 
     opc::zippackage::ZipPhysicalPackage physical(file, selector, true);
     opc::model::Package package(physical);
@@ -148,11 +119,9 @@ TEST(PackageServices, MisuseAndAFifoThrowWithoutWaiting) {
     EXPECT_THROW(package.open(OpenMode::ReadWrite), PackageError);
     package.open(OpenMode::ReadOnly);
     EXPECT_THROW(package.open(OpenMode::ReadOnly), PackageError) << "opened twice";
-
     opc::zippackage::ZipPhysicalPackage writable(file, selector, false);
     EXPECT_THROW(writable.open(OpenMode::ReadOnly), PackageError);
-    opc::zippackage::ZipPhysicalPackage missing(u16((dir.path() / "missing.zip").string()), selector, true);
-    EXPECT_THROW(missing.open(OpenMode::ReadOnly), PackageError);
+    EXPECT_THROW(OpenPackage(dir.path() / "missing.zip"), PackageError);
 
     struct NotZip final : opc::interfaces::IPhysicalPackage {
         void open(OpenMode) override {}
@@ -163,8 +132,8 @@ TEST(PackageServices, MisuseAndAFifoThrowWithoutWaiting) {
 
     const auto fifo = dir.path() / "fifo.zip";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_THAT([&] { const OpenPackage open(fifo); },
-                ThrowsMessage<PackageError>(HasSubstr("not a regular file")));
+    EXPECT_THAT([&] { OpenPackage{fifo}; },
+                testing::ThrowsMessage<PackageError>(HasSubstr("not a regular file")));
 }
 
 TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
@@ -181,7 +150,8 @@ TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
         const Leaves leaves = open.read(kMiB);
         ASSERT_EQ(leaves.size(), 2U);
         for (const auto& [path, text] : leaves) {
-            EXPECT_EQ(text, method.empty() ? slurp(data / "src" / std::string(path.begin(), path.end()))
+            std::ifstream source(data / "src" / std::string(path.begin(), path.end()), std::ios::binary);
+            EXPECT_EQ(text, method.empty() ? std::string(std::istreambuf_iterator<char>(source), {})
                                            : "error: compression method " + method + " is not supported");
         }
         EXPECT_EQ(leaves[0].first + u'|' + leaves[1].first, u"cat.json|docs/cat_ja_JP.json");
@@ -195,55 +165,50 @@ TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
     EXPECT_EQ(zips, 23);
 }
 
-/** An entry of `text` packed by bzip2, which packs zeros far tighter than deflate. */
-ZipRecord bzip2(std::string name, const std::string& text) {
-    std::string packed(text.size() / 100 + 600, '\0');
-    auto size = static_cast<unsigned>(packed.size());
-    EXPECT_EQ(BZ2_bzBuffToBuffCompress(packed.data(), &size, const_cast<char*>(text.data()),
-                                       static_cast<unsigned>(text.size()), 9, 0, 0),
-              BZ_OK);
-    packed.resize(size);
-    return {std::move(name), std::move(packed), 12, text.size(), zwtest::crc32(text)};
-}
-
 TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
-    const zwtest::TempDir dir;
-    const ZipRecord zeros = bzip2("", std::string(64 * kMiB, '\0'));
-    std::string numbers = "{\"header\": {\"helpFolder\": \"h\"}, \"ignored\": [";
-    for (std::uint64_t i = 0; i < 4 * kMiB; ++i) {
-        numbers += "0,";
-    }
-    const ZipRecord packedNumbers = bzip2("a.json", numbers + "0]}");
+    const TempDir dir;
+    // bzip2 packs zeros far tighter than deflate: 64 MiB to a few hundred bytes.
+    const auto bzip2 = [](const std::string& text) {
+        std::string packed(text.size() / 100 + 600, '\0');
+        auto size = static_cast<unsigned>(packed.size());
+        EXPECT_EQ(BZ2_bzBuffToBuffCompress(packed.data(), &size, const_cast<char*>(text.data()),
+                                           static_cast<unsigned>(text.size()), 9, 0, 0),
+                  BZ_OK);
+        packed.resize(size);
+        return ZipRecord{"z", packed, 12, text.size(), crc32(text)};
+    };
+    const ZipRecord zeros = bzip2(std::string(64 * kMiB, '\0'));
     const std::uint64_t budget = zwhost::settings::kDefaultPackageBudget;
-    const auto check = [&](const std::string& bytes, std::uint64_t limit, std::uint64_t mostInflated,
-                           const char* refusal) {
-        SCOPED_TRACE(refusal);
-        const auto file = dir.write("bomb.zip", bytes);
-        const std::size_t before = zwtest::allocation::liveBytes();
-        zwtest::allocation::resetPeak();
+    const struct {
+        std::string zip;
+        std::uint64_t limit, mostInflated;
+        const char* refusal;
+    } cases[] = {
+        {zipOf(numbered(65536, zeros)), 64 * kMiB, budget, "budget"},
+        {zipOf(numbered(20, {.data = "ab", .size = 64 * kMiB})), 64 * kMiB, 40, "cannot read entry 19"},
+        {zipOf({zeros}), 128 * kMiB,
+         std::max(FileSystemManager::kRatioFloor, zeros.data.size() * FileSystemManager::kMaxRatio) +
+             (64 << 10),
+         "inflates more than 1024 times"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.refusal);
+        const auto file = dir.write("bomb.zip", test.zip);
+        const std::size_t before = allocation::liveBytes();
+        allocation::resetPeak();
         const OpenPackage open(file);
-        const Leaves leaves = open.read(limit, budget);
-        EXPECT_LE(open.manager.inflatedBytes(), mostInflated);
-        EXPECT_LE(zwtest::allocation::peakBytes() - before, 100 * kMiB);
+        const Leaves leaves = open.read(test.limit, budget);
+        EXPECT_LE(open.manager.inflatedBytes(), test.mostInflated);
+        EXPECT_LE(allocation::peakBytes() - before, 100 * kMiB);
         // The first entries of honest zeros fail on their ratio; once the budget is spent, the rest do.
         for (const auto& [path, text] : leaves) {
             ASSERT_EQ(text.rfind("error: ", 0), 0U) << text;
         }
-        EXPECT_THAT(leaves.back().second, HasSubstr(refusal));
-    };
-    // 65,536 bzip2 entries of 64 MiB of zeros; 20 entries that declare 64 MiB and hold 2 bytes; a
-    // catalogue of 8 MiB of numbers.
-    check(zwtest::zipOf(numbered(65536, zeros)), 64 * kMiB, budget, "budget");
-    check(zwtest::zipOf(numbered(20, {.data = "ab", .size = 64 * kMiB})), 64 * kMiB, 40,
-          "cannot read entry 19");
-    check(zwtest::zipOf({packedNumbers}), 128 * kMiB,
-          std::max(FileSystemManager::kRatioFloor, packedNumbers.data.size() * FileSystemManager::kMaxRatio) +
-              (64 << 10),
-          "inflates more than 1024 times");
+        EXPECT_THAT(leaves.back().second, HasSubstr(test.refusal));
+    }
     // Below the ratio floor any ratio is taken: half a MiB of zeros packs to a few dozen bytes.
     const std::string someZeros(kMiB / 2, '\0');
-    EXPECT_EQ(readPackage(dir.write("small.zip", zwtest::zipOf({bzip2("z", someZeros)}))),
-              (Leaves{{u"z", someZeros}}));
+    EXPECT_EQ(readPackage(dir.write("small.zip", zipOf({bzip2(someZeros)}))), (Leaves{{u"z", someZeros}}));
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 #include "support/temp_tree.hpp"
 
-#include <atomic>
+#include <algorithm>
 #include <fstream>
 #include <initializer_list>
 #include <stdexcept>
+#include <string_view>
 
-#include <unistd.h>
+#include <stdlib.h>
 #include <zlib.h>
 
 #include "zwhost/unicode.hpp"
@@ -13,22 +14,27 @@
 namespace zwtest {
 namespace {
 
-/** Appends each of `values` little-endian, in `width` bytes (at most 8). */
-void put(std::string& out, int width, std::initializer_list<std::uint64_t> values) {
-    for (const std::uint64_t value : values) {
-        for (int i = 0; i < width; ++i) {
-            out += static_cast<char>((value >> (8 * i)) & 0xFFU);
+/** `values` little-endian, each in as many bytes as the digit of `widths` in its place says. */
+std::string pack(std::string_view widths, std::initializer_list<std::uint64_t> values) {
+    std::string out;
+    const auto* value = values.begin();
+    for (const char width : widths) {
+        for (int i = 0; i < width - '0'; ++i) {
+            out += static_cast<char>((*value >> (8 * i)) & 0xFFU);
         }
+        ++value;
     }
+    return out;
 }
 
-void writeFile(const std::filesystem::path& file, const std::string& content) {
+std::filesystem::path writeFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream out(file, std::ios::binary);
     out << content;
     if (!out) {
         throw std::runtime_error("cannot write " + file.string());
     }
+    return file;
 }
 
 } // namespace
@@ -36,23 +42,16 @@ void writeFile(const std::filesystem::path& file, const std::string& content) {
 std::string zipOf(const std::vector<ZipRecord>& records) {
     std::string body;
     std::string directory;
-    for (const ZipRecord& record : records) {
+    for (const ZipRecord& r : records) {
         // The fields that the local and the central header share, from the version needed on;
         // names are UTF-8.
-        std::string common;
-        put(common, 2, {20, 0x800, record.method});
-        put(common, 4,
-            {0, record.crc ? *record.crc : crc32(record.data), record.data.size(),
-             record.size.value_or(record.data.size())});
-        put(common, 2, {record.name.size(), 0});
-        put(directory, 4, {0x02014b50});
-        put(directory, 2, {20});
-        // Comment size, first disk, internal and external attributes: all zero.
-        directory += common + std::string(10, '\0');
-        put(directory, 4, {body.size()});
-        directory += record.name;
-        put(body, 4, {0x04034b50});
-        body += common + record.name + record.data;
+        const std::string common =
+            pack("222444422", {20, 0x800, r.method, 0, r.crc.value_or(crc32(r.data)), r.data.size(),
+                               r.size.value_or(r.data.size()), r.name.size(), 0});
+        // After the shared fields: comment size, first disk, internal and external attributes, offset.
+        directory +=
+            pack("42", {0x02014b50, 20}) + common + pack("22244", {0, 0, 0, 0, body.size()}) + r.name;
+        body += pack("4", {0x04034b50}) + common + r.name + r.data;
     }
     const std::uint64_t count = records.size();
     const std::uint64_t offset = body.size();
@@ -60,19 +59,14 @@ std::string zipOf(const std::vector<ZipRecord>& records) {
     const bool zip64 = count > 0xFFFF;
     body += directory;
     if (zip64) {
-        put(body, 4, {0x06064b50});
-        put(body, 8, {44});
-        put(body, 2, {45, 45});
-        put(body, 8, {0, count, count, size, offset});
-        put(body, 4, {0x07064b50, 0});
-        put(body, 8, {offset + size});
-        put(body, 4, {1});
+        body += pack("48224488884484", {0x06064b50, 44, 45, 45, 0, 0, count, count, size, offset, 0x07064b50,
+                                        0, offset + size, 1});
     }
-    put(body, 4, {0x06054b50, 0});
-    put(body, 2, {zip64 ? 0xFFFF : count, zip64 ? 0xFFFF : count});
-    put(body, 4, {zip64 ? 0xFFFFFFFF : size, zip64 ? 0xFFFFFFFF : offset});
-    put(body, 2, {0});
-    return body;
+    // Past 65535 entries the end record's count, size and offset are escaped to the zip64 records.
+    const std::uint64_t escaped = zip64 ? 0xFFFFFFFF : 0;
+    return body +
+           pack("4422442", {0x06054b50, 0, std::min<std::uint64_t>(count, 0xFFFF),
+                            std::min<std::uint64_t>(count, 0xFFFF), escaped | size, escaped | offset, 0});
 }
 
 void writeZip(const std::filesystem::path& file, const std::vector<ZipEntry>& entries) {
@@ -98,11 +92,11 @@ std::uint32_t crc32(std::string_view bytes) {
 }
 
 TempDir::TempDir() {
-    static std::atomic<unsigned> counter{0};
-    path_ = std::filesystem::temp_directory_path() /
-            ("zwtest-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
+    std::string name = (std::filesystem::temp_directory_path() / "zwtest-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) {
+        throw std::runtime_error("cannot make a folder like " + name);
+    }
+    path_ = name;
 }
 
 TempDir::~TempDir() {
@@ -112,8 +106,7 @@ TempDir::~TempDir() {
 
 std::filesystem::path TempDir::write(const std::filesystem::path& relative,
                                      const std::string& content) const {
-    writeFile(path_ / relative, content);
-    return path_ / relative;
+    return writeFile(path_ / relative, content);
 }
 
 std::filesystem::path TempDir::writeZip(const std::filesystem::path& relative,
