@@ -73,25 +73,20 @@ std::size_t openDescriptors() {
 }
 
 TEST_F(ReferenceService, CurrentLocaleComesFromTheFirstLocaleVariableThatIsSet) {
-    struct Case {
-        const char* lcAll;
-        const char* lcMessages;
-        const char* lang;
-        std::u16string expected;
-    };
-    const Case cases[] = {
+    // LC_ALL, LC_MESSAGES, LANG (nullptr: unset) and the locale they give.
+    const std::tuple<const char*, const char*, const char*, std::u16string> cases[] = {
         {"ja_JP.UTF-8", "ko_KR", "zh_CN", u"ja_JP"}, {"", "ko_KR.UTF-8", "zh_CN", u"ko_KR"},
         {nullptr, nullptr, "de_DE@euro", u"de_DE"},  {nullptr, nullptr, "sr_RS.UTF-8@latin", u"sr_RS"},
         {"POSIX", "ja_JP", "ja_JP", u"en_US"},       {nullptr, "C.UTF-8", "ja_JP", u"en_US"},
         {nullptr, nullptr, "@euro", u"en_US"},       {nullptr, nullptr, nullptr, u"en_US"},
         {"\xff\xfe", nullptr, "zh_CN", u"zh_CN"},
     };
-    for (const Case& c : cases) {
-        setEnv("LC_ALL", c.lcAll);
-        setEnv("LC_MESSAGES", c.lcMessages);
-        setEnv("LANG", c.lang);
+    for (const auto& [lcAll, lcMessages, lang, expected] : cases) {
+        setEnv("LC_ALL", lcAll);
+        setEnv("LC_MESSAGES", lcMessages);
+        setEnv("LANG", lang);
         zwhost::settings::resetToDefaults();
-        EXPECT_EQ(ParsingTools::getCurrentLocale(), c.expected) << (c.lang ? c.lang : "(unset LANG)");
+        EXPECT_EQ(ParsingTools::getCurrentLocale(), expected) << (lang ? lang : "(unset LANG)");
     }
 }
 
@@ -121,16 +116,11 @@ TEST_F(ReferenceService, WalksDepthFirstInByteOrderAndKeepsEnglishAndCurrentLoca
     }
     tree.writeZip("pkg/docs.zip", {{"a.json", "{}"}});
     tree.writeZip("pkg/docs_ja_JP.zip", {{"a_ja_JP.json", "{}"}});
+    // clang-format off
     EXPECT_EQ(products(tree.path()), (std::vector<std::u16string>{
-                                         u"L B.json|B|0",
-                                         u"L a/examples_ja_JP.json|examples_ja_JP|1",
-                                         u"L a/z/deep.json|deep|0",
-                                         u"L a.json|a|0",
-                                         u"L b/examples.json|examples|0",
-                                         u"L é.json|é|0",
-                                         u"P pkg/docs.zip|docs|0",
-                                         u"P pkg/docs_ja_JP.zip|docs_ja_JP|1",
-                                     }));
+        u"L B.json|B|0", u"L a/examples_ja_JP.json|examples_ja_JP|1", u"L a/z/deep.json|deep|0", u"L a.json|a|0",
+        u"L b/examples.json|examples|0", u"L é.json|é|0", u"P pkg/docs.zip|docs|0", u"P pkg/docs_ja_JP.zip|docs_ja_JP|1"}));
+    // clang-format on
     EXPECT_EQ(products(tree.path(), u"_ko_KR").size(), 8U);
     EXPECT_EQ(products(tree.path() / ""), products(tree.path()));
 }
