@@ -33,8 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     exampledoc::Options options;
     options.root = tree.path().string();
     options.format = "json";
-    std::ostringstream out;
-    std::ostringstream err;
+    std::ostringstream out, err;
     const int status = exampledoc::checkCommand(options, out, err);
     if (status != 0 && status != 1) {
         __builtin_trap();

@@ -35,10 +35,9 @@ protected:
             products.emplace_back(zwtest::u16(package.name), package.localised,
                                   zwtest::u16(dir.writeZip(package.name + ".zip", package.entries).string()));
         }
-        const Info info{&example::docparser::detail::parseExampleCatalogue,
-                        [](const std::u16string&) { return true; },
-                        {u"ja_JP", u"ko_KR", u"zh_CN"},
-                        u"_ja_JP"};
+        // clang-format off
+        const Info info{&example::docparser::detail::parseExampleCatalogue, [](const std::u16string&) { return true; }, {u"ja_JP", u"ko_KR", u"zh_CN"}, u"_ja_JP"};
+        // clang-format on
         const auto results = DocResourceParser::ParsingTools::readZipFiles(products, info);
         EXPECT_TRUE(results.notInstalled.empty());
         std::string out;
@@ -55,37 +54,25 @@ protected:
 };
 
 TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThemselves) {
-    const struct {
-        const char* what;
-        std::vector<Package> packages;
-        const char* read;
-    } cases[] = {
+    // clang-format off
+    const struct { const char* what; std::vector<Package> packages; const char* read; } cases[] = {
         {"several leaves, each by its stem",
-         {{"p",
-           {{"cat/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}, {"c", "en"}})},
-            {"cat/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})},
-            {"cat/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}})},
-            {"cat/exja_JP.json", catalogueText("h", "ja-no-separator", {{"c", "nosep"}})},
-            {"cat/readme.txt", "not a catalogue"},
-            {"cat/.json", catalogueText("h", "no stem", {{"c", "nostem"}})}}}},
+         {{"p", {{"cat/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}, {"c", "en"}})}, {"cat/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})},
+                 {"cat/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}})}, {"cat/exja_JP.json", catalogueText("h", "ja-no-separator", {{"c", "nosep"}})},
+                 {"cat/readme.txt", "not a catalogue"}, {"cat/.json", catalogueText("h", "no stem", {{"c", "nostem"}})}}}},
          "h(ja): c/a=ja c/b=en c/c=en"},
-        {"the one leaf of an English product, whatever its stem",
-         {{"english", {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}}}},
-         "h(en): c/a=en"},
+        {"the one leaf of an English product, whatever its stem", {{"english", {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}}}}, "h(en): c/a=en"},
         {"the one leaf of a localised product, of the current locale only",
-         {{"ja", {{"ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})}}, true},
-          {"ko", {{"ex_ko_KR.json", catalogueText("k", "ko", {{"a", "ko"}})}}, true},
+         {{"ja", {{"ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})}}, true}, {"ko", {{"ex_ko_KR.json", catalogueText("k", "ko", {{"a", "ko"}})}}, true},
           {"en", {{"ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}})}}}},
          "h(ja): c/a=ja c/b=en"},
-        {"a second leaf that is no catalogue makes the stem decide",
-         {{"two", {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})}, {"notes.txt", "notes"}}}},
-         ""},
+        {"a second leaf that is no catalogue makes the stem decide", {{"two", {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})}, {"notes.txt", "notes"}}}}, ""},
         {"a refused package and a bad file",
-         {{"first", {{"a.json", catalogueText("h", "en", {{"a", "first"}})}}},
-          {"refused", {{"../a.json", catalogueText("h", "en", {{"r", "refused"}})}}},
+         {{"first", {{"a.json", catalogueText("h", "en", {{"a", "first"}})}}}, {"refused", {{"../a.json", catalogueText("h", "en", {{"r", "refused"}})}}},
           {"mixed", {{"bad.json", "{"}, {"b.json", catalogueText("h", "en", {{"b", "mixed"}})}}}},
          "h(en): c/a=first c/b=mixed"},
     };
+    // clang-format on
     for (const auto& test : cases) {
         EXPECT_EQ(read(test.packages), test.read) << test.what;
     }

@@ -40,22 +40,20 @@ std::filesystem::path writeFile(const std::filesystem::path& file, const std::st
 } // namespace
 
 std::string zipOf(const std::vector<ZipRecord>& records) {
-    std::string body;
-    std::string directory;
-    for (const ZipRecord& r : records) {
+    std::string body, directory;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const ZipRecord& r = records[i];
+        const std::string name = r.name.empty() ? std::to_string(i) : r.name;
         // The fields that the local and the central header share, from the version needed on;
         // names are UTF-8.
         const std::string common =
             pack("222444422", {20, 0x800, r.method, 0, r.crc.value_or(crc32(r.data)), r.data.size(),
-                               r.size.value_or(r.data.size()), r.name.size(), 0});
+                               r.size.value_or(r.data.size()), name.size(), 0});
         // After the shared fields: comment size, first disk, internal and external attributes, offset.
-        directory +=
-            pack("42", {0x02014b50, 20}) + common + pack("22244", {0, 0, 0, 0, body.size()}) + r.name;
-        body += pack("4", {0x04034b50}) + common + r.name + r.data;
+        directory += pack("42", {0x02014b50, 20}) + common + pack("22244", {0, 0, 0, 0, body.size()}) + name;
+        body += pack("4", {0x04034b50}) + common + name + r.data;
     }
-    const std::uint64_t count = records.size();
-    const std::uint64_t offset = body.size();
-    const std::uint64_t size = directory.size();
+    const std::uint64_t count = records.size(), offset = body.size(), size = directory.size();
     const bool zip64 = count > 0xFFFF;
     body += directory;
     if (zip64) {
@@ -63,10 +61,8 @@ std::string zipOf(const std::vector<ZipRecord>& records) {
                                         0, offset + size, 1});
     }
     // Past 65535 entries the end record's count, size and offset are escaped to the zip64 records.
-    const std::uint64_t escaped = zip64 ? 0xFFFFFFFF : 0;
-    return body +
-           pack("4422442", {0x06054b50, 0, std::min<std::uint64_t>(count, 0xFFFF),
-                            std::min<std::uint64_t>(count, 0xFFFF), escaped | size, escaped | offset, 0});
+    const std::uint64_t escaped = zip64 ? 0xFFFFFFFF : 0, shown = std::min<std::uint64_t>(count, 0xFFFF);
+    return body + pack("4422442", {0x06054b50, 0, shown, shown, escaped | size, escaped | offset, 0});
 }
 
 void writeZip(const std::filesystem::path& file, const std::vector<ZipEntry>& entries) {

@@ -26,7 +26,8 @@ struct ZipRecord {
     std::optional<std::uint32_t> crc = {};
 };
 
-/** The bytes of a zip package of `records` in order, with zip64 end records past 65535 of them. */
+/** The bytes of a zip package of `records` in order, with zip64 end records past 65535 of them;
+    a record without a name is named after its place, from 0. */
 std::string zipOf(const std::vector<ZipRecord>& records);
 
 /** Writes a zip package of `entries`, in order and deflated, at `file` (folders made as needed). */
