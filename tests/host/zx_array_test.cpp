@@ -31,11 +31,11 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
             matrix::destroyArray(array);
         }
     }
+    // clang-format off
     const std::tuple<zxClassID, zxComplexity, std::size_t> numbers[] = {{zxDOUBLE_CLASS, zxREAL, 8},
-                                                                        {zxUINT32_CLASS, zxREAL, 4},
-                                                                        {zxINT16_CLASS, zxCOMPLEX, 2},
-                                                                        {zxUINT8_CLASS, zxCOMPLEX, 1},
-                                                                        {zxINT64_CLASS, zxREAL, 8}};
+        {zxUINT32_CLASS, zxREAL, 4}, {zxINT16_CLASS, zxCOMPLEX, 2}, {zxUINT8_CLASS, zxCOMPLEX, 1},
+        {zxINT64_CLASS, zxREAL, 8}};
+    // clang-format on
     const unsigned long dims[] = {2, 3, 4}, square[] = {2, 2};
     for (const auto& [classID, complexity, elementBytes] : numbers) {
         const matrix::zx_array_handle array(
