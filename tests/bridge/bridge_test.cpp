@@ -309,8 +309,7 @@ TEST(RequireScalarError, CarriesItsKeyAndTextThroughEitherBaseAndEveryCopy) {
         detail::RequireScalarError error{component_ZENTAB::catalog_class::key_RequireScalar()};
         error << ErrorDetailInfo("shared");
         const resource_core::BaseMsgID& id = error.GetBaseMsgIDObj();
-        EXPECT_EQ(id.catalog, "ZENTAB:class");
-        EXPECT_EQ(id.key, "RequireScalar");
+        EXPECT_EQ(std::tie(id.catalog, id.key), std::tuple("ZENTAB:class", "RequireScalar"));
         EXPECT_TRUE(id.arguments.empty());
         EXPECT_EQ(error.GetUnicodeMessageTxt(), u"Value must be a scalar.");
         EXPECT_EQ(error.ToUstringImpl(), u"Value must be a scalar.");
