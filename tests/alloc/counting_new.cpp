@@ -46,30 +46,14 @@ void release(void* block) noexcept {
 
 } // namespace
 
-void failAt(std::uint64_t nth) {
-    thrown = false;
-    countdown = nth;
-}
-
-bool failed() {
-    return thrown;
-}
-
-std::size_t liveBytes() {
-    return static_cast<std::size_t>(live.load());
-}
-
-void resetPeak() {
-    peak = live.load();
-}
-
-std::size_t peakBytes() {
-    return static_cast<std::size_t>(peak.load());
-}
-
-void setCounting(bool on) {
-    counting = on;
-}
+// clang-format off
+void failAt(std::uint64_t nth) { thrown = false; countdown = nth; }
+bool failed() { return thrown; }
+std::size_t liveBytes() { return static_cast<std::size_t>(live.load()); }
+void resetPeak() { peak = live.load(); }
+std::size_t peakBytes() { return static_cast<std::size_t>(peak.load()); }
+void setCounting(bool on) { counting = on; }
+// clang-format on
 
 } // namespace zwtest::allocation
 
@@ -78,21 +62,11 @@ void setCounting(bool on) {
 using zwtest::allocation::allocate;
 using zwtest::allocation::release;
 
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-void operator delete(void* block) noexcept {
-    release(block);
-}
-void operator delete[](void* block) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    release(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    release(block);
-}
+// clang-format off
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void operator delete(void* block) noexcept { release(block); }
+void operator delete[](void* block) noexcept { release(block); }
+void operator delete(void* block, std::size_t) noexcept { release(block); }
+void operator delete[](void* block, std::size_t) noexcept { release(block); }
+// clang-format on

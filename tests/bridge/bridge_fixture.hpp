@@ -9,6 +9,7 @@
 
 #include "example/docparser/example_item.hpp"
 #include "support/host_leak_check.hpp"
+#include "support/item_caches.hpp"
 #include "zcos/om.hpp"
 #include "zwhost/classes.hpp"
 #include "zwhost/fault.hpp"
@@ -20,6 +21,14 @@ using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
 using Strings = std::vector<std::u16string>;
+using Caches = example::docparser::detail::ExampleItemCaches;
+
+/** The properties an item holds as host arrays, in the order of their cache fields. */
+// clang-format off
+inline constexpr struct { const char* name; const zxArray_tag* (ExampleItem::*get)() const; } kArrayProperties[] = {
+    {"RelativePaths", &ExampleItem::getRelativePathsProperty}, {"SupportingFiles", &ExampleItem::getSupportingFilesProperty},
+    {"ExampleType", &ExampleItem::getExampleTypeProperty}, {"DocIDLinks", &ExampleItem::getDocIDLinksProperty}};
+// clang-format on
 
 class BridgeTest : public HostLeakCheck {
 protected:

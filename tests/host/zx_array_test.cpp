@@ -1,15 +1,18 @@
-// The array library: the release rule, and the shapes and classes of numeric arrays.
+// The array library (the release rule, the shapes and classes of numeric arrays) and the host's own
+// message-id errors with their text conversions.
 
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "matrix/matrix.hpp"
 #include "support/host_leak_check.hpp"
+#include "zwhost/messages.hpp"
 
 namespace {
 
@@ -31,11 +34,11 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
             matrix::destroyArray(array);
         }
     }
+    // clang-format off
     const std::tuple<zxClassID, zxComplexity, std::size_t> numbers[] = {{zxDOUBLE_CLASS, zxREAL, 8},
-                                                                        {zxUINT32_CLASS, zxREAL, 4},
-                                                                        {zxINT16_CLASS, zxCOMPLEX, 2},
-                                                                        {zxUINT8_CLASS, zxCOMPLEX, 1},
-                                                                        {zxINT64_CLASS, zxREAL, 8}};
+        {zxUINT32_CLASS, zxREAL, 4}, {zxINT16_CLASS, zxCOMPLEX, 2}, {zxUINT8_CLASS, zxCOMPLEX, 1},
+        {zxINT64_CLASS, zxREAL, 8}};
+    // clang-format on
     const unsigned long dims[] = {2, 3, 4}, square[] = {2, 2};
     for (const auto& [classID, complexity, elementBytes] : numbers) {
         const matrix::zx_array_handle array(
@@ -48,6 +51,23 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
     EXPECT_EQ(matrix::getCharText(matrix::zx_array_handle(matrix::createCharArray(square, u"abcd")).get()),
               u"abcd");
     EXPECT_EQ(matrix::zx_array_handle(matrix::createCharRow(u""))->dims, (std::vector<std::uint64_t>{1, 0}));
+}
+
+TEST(MsgIDError, TakesItsTextFromTheCatalogueAndConvertsBetweenUtf8AndUtf16) {
+    const zwhost::messages::MsgIDError known({{}, "ZENTAB:utils", "RequireTextArray"});
+    EXPECT_EQ(known.GetID(), "ZENTAB:utils:RequireTextArray");
+    EXPECT_STREQ(known.what(), "Value must be a character vector or a cell array of character vectors.");
+    const zwhost::messages::MsgIDError error({{}, "ZENTAB:none", "Missing"});
+    EXPECT_STREQ(error.what(), "ZENTAB:none:Missing");
+    const std::pair<std::u16string, std::string> both[] = {
+        {u"plain", "plain"}, {u"\u00e9\u4e2d", "\xc3\xa9\xe4\xb8\xad"}, {u"\U0001F600", "\xf0\x9f\x98\x80"}};
+    for (const auto& [utf16, utf8] : both) {
+        EXPECT_EQ(error.convert_str(utf16), utf8);
+        EXPECT_EQ(error.convert_str(utf8), utf16);
+    }
+    EXPECT_EQ(error.convert_str(std::u16string(1, char16_t{0xD800})), "\xef\xbf\xbd");
+    EXPECT_EQ(error.convert_str(std::string("a\xff")), u"a\uFFFD");
+    EXPECT_EQ(error.convert_str(std::string("\xc0\x80")), u"\uFFFD\uFFFD");
 }
 
 } // namespace

@@ -2,8 +2,8 @@
 // A test fixture that fails a test which leaves host arrays or objects alive or drops them twice,
 // and the host values tests build.
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -38,9 +38,7 @@ inline matrix::zx_array_handle makeScalar(double value) {
 inline matrix::zx_array_handle makeUint32s(unsigned long rows, unsigned long cols, std::uint32_t fill) {
     const unsigned long dims[] = {rows, cols};
     matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, zxUINT32_CLASS, zxREAL));
-    for (std::uint64_t i = 0; i < zxGetNumberOfElements(array.get()); ++i) {
-        std::memcpy(array->realData + sizeof fill * i, &fill, sizeof fill);
-    }
+    std::fill_n(reinterpret_cast<std::uint32_t*>(array->realData), zxGetNumberOfElements(array.get()), fill);
     return array;
 }
 

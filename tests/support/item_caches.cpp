@@ -16,27 +16,14 @@ template <CacheMember... Members>
 struct Expose {
     friend std::array<CacheMember, 4> members(Tag) { return {Members...}; }
 };
-template struct Expose<&ExampleItem::relativePathsCache, &ExampleItem::exampleTypeCache,
-                       &ExampleItem::supportingFilesCache, &ExampleItem::docIDLinksCache>;
-
-// The caches are mutable members; a member pointer does not carry that, so constness is cast off.
-SharedZxArrayPtr& cache(const ExampleItem& item, std::size_t which) {
-    return const_cast<ExampleItem&>(item).*members(Tag{})[which];
-}
+template struct Expose<&ExampleItem::relativePathsCache, &ExampleItem::supportingFilesCache,
+                       &ExampleItem::exampleTypeCache, &ExampleItem::docIDLinksCache>;
 
 } // namespace
 
-SharedZxArrayPtr& ExampleItemCaches::relativePaths(const ExampleItem& item) {
-    return cache(item, 0);
-}
-SharedZxArrayPtr& ExampleItemCaches::exampleType(const ExampleItem& item) {
-    return cache(item, 1);
-}
-SharedZxArrayPtr& ExampleItemCaches::supportingFiles(const ExampleItem& item) {
-    return cache(item, 2);
-}
-SharedZxArrayPtr& ExampleItemCaches::docIDLinks(const ExampleItem& item) {
-    return cache(item, 3);
+// The caches are mutable members; a member pointer does not carry that, so constness is cast off.
+SharedZxArrayPtr& ExampleItemCaches::cache(const ExampleItem& item, std::size_t which) {
+    return const_cast<ExampleItem&>(item).*members(Tag{})[which];
 }
 
 } // namespace example::docparser::detail
