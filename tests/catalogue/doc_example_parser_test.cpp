@@ -91,12 +91,11 @@ TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {
     EXPECT_EQ(*first, std::u16string(u"/docs") + kSuffix);
     EXPECT_EQ(first.get(), DocExampleParser::getExampleRoot().get());
     EXPECT_EQ(zwhost::fault::callsOf("DocResourceParser::getReferenceRoots"), 1U);
+    const std::u16string r = u"/r";
+    // clang-format off
     const std::pair<std::u16string, std::u16string> sets[] = {
-        {u"/r", std::u16string(u"/r") + kSuffix},
-        {std::u16string(u"/r") + kSuffix, std::u16string(u"/r") + kSuffix + kSuffix},
-        {u"", kSuffix},
-        {u"/r/", std::u16string(u"/r/") + kSuffix},
-    };
+        {r, r + kSuffix}, {r + kSuffix, r + kSuffix + kSuffix}, {u"", kSuffix}, {r + u'/', r + u'/' + kSuffix}};
+    // clang-format on
     for (const auto& [given, held] : sets) {
         DocExampleParser::setExampleRoot(given);
         EXPECT_EQ(*DocExampleParser::getExampleRoot(), held);

@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "catalogue/catalogue_parser.hpp"
-#include "support/catalogue_text.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/temp_tree.hpp"
+#include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
-#include "zwhost/unicode.hpp"
 
 namespace {
 
@@ -16,7 +14,6 @@ using reference::docparser::DocResourceParser;
 using reference::docparser::ParsingInfo;
 using reference::docparser::ProductPathData;
 using Info = ParsingInfo<ExampleCatalogues>;
-using zwhost::unicode::utf16ToUtf8;
 using zwtest::catalogueText;
 
 /** A package to write: its product's name, its entries, whether that product is localised. */
@@ -40,14 +37,7 @@ protected:
         // clang-format on
         const auto results = DocResourceParser::ParsingTools::readZipFiles(products, info);
         EXPECT_TRUE(results.notInstalled.empty());
-        std::string out;
-        for (const auto& [folder, catalogue] : results.installed) {
-            out += utf16ToUtf8(folder) + "(" + utf16ToUtf8(catalogue.header.getLocale()) + "):";
-            for (const auto& [id, items] : catalogue.items) {
-                out += " " + utf16ToUtf8(id) + "=" + utf16ToUtf8(items.at(0).getTitle());
-            }
-        }
-        return out;
+        return zwtest::titles(results.installed);
     }
 
     zwtest::TempDir dir;
@@ -60,17 +50,17 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThem
          {{"p", {{"cat/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}, {"c", "en"}})}, {"cat/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})},
                  {"cat/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}})}, {"cat/exja_JP.json", catalogueText("h", "ja-no-separator", {{"c", "nosep"}})},
                  {"cat/readme.txt", "not a catalogue"}, {"cat/.json", catalogueText("h", "no stem", {{"c", "nostem"}})}}}},
-         "h(ja): c/a=ja c/b=en c/c=en"},
-        {"the one leaf of an English product, whatever its stem", {{"english", {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}}}}, "h(en): c/a=en"},
+         "h(ja): c/a=ja c/b=en c/c=en\n"},
+        {"the one leaf of an English product, whatever its stem", {{"english", {{"ex_ko_KR.json", catalogueText("h", "en", {{"a", "en"}})}}}}, "h(en): c/a=en\n"},
         {"the one leaf of a localised product, of the current locale only",
          {{"ja", {{"ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}})}}, true}, {"ko", {{"ex_ko_KR.json", catalogueText("k", "ko", {{"a", "ko"}})}}, true},
           {"en", {{"ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}})}}}},
-         "h(ja): c/a=ja c/b=en"},
+         "h(ja): c/a=ja c/b=en\n"},
         {"a second leaf that is no catalogue makes the stem decide", {{"two", {{"ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}})}, {"notes.txt", "notes"}}}}, ""},
         {"a refused package and a bad file",
          {{"first", {{"a.json", catalogueText("h", "en", {{"a", "first"}})}}}, {"refused", {{"../a.json", catalogueText("h", "en", {{"r", "refused"}})}}},
           {"mixed", {{"bad.json", "{"}, {"b.json", catalogueText("h", "en", {{"b", "mixed"}})}}}},
-         "h(en): c/a=first c/b=mixed"},
+         "h(en): c/a=first c/b=mixed\n"},
     };
     // clang-format on
     for (const auto& test : cases) {
@@ -83,7 +73,7 @@ TEST_F(ReadZipFiles, StorageIsSetUpOncePerCall) {
     const zwhost::fault::Scope faults;
     EXPECT_EQ(read({{"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}},
                     {"b", {{"b.json", catalogueText("h", "en", {{"b", "B"}})}}}}),
-              "h(en): c/a=A c/b=B");
+              "h(en): c/a=A c/b=B\n");
     EXPECT_EQ(zwhost::fault::callsOf("GetStorageSystemReference"), 1U);
 }
 

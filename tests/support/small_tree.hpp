@@ -77,24 +77,24 @@ inline std::string inconsistency(const example::docparser::ExampleCatalogues& pa
                                  const example::docparser::ExampleCatalogues& english) {
     const auto itemsOf = [](const example::docparser::ExampleCatalogues& result, const std::u16string& folder,
                             const std::u16string& id) {
-        std::string text = "-";
         const auto catalogue = result.find(folder);
-        if (catalogue != result.end() && catalogue->second.items.count(id) != 0) {
-            text.clear();
-            for (const auto& item : catalogue->second.items.at(id)) {
-                text += describe(item) + ";";
-            }
+        if (catalogue == result.end() || !catalogue->second.items.contains(id)) {
+            return std::string("-");
+        }
+        std::string text;
+        for (const auto& item : catalogue->second.items.at(id)) {
+            text += describe(item) + ";";
         }
         return text;
     };
     for (const auto& [folder, catalogue] : part) {
-        if (whole.count(folder) == 0) {
-            return "help folder " + std::string(folder.begin(), folder.end()) + " is not in the whole";
+        if (!whole.contains(folder)) {
+            return "help folder " + zwhost::unicode::utf16ToUtf8(folder) + " is not in the whole";
         }
         for (const auto& [id, items] : catalogue.items) {
             const std::string got = itemsOf(part, folder, id);
             if (got != itemsOf(whole, folder, id) && got != itemsOf(english, folder, id)) {
-                return "items of " + std::string(id.begin(), id.end()) + ": " + got;
+                return zwhost::unicode::utf16ToUtf8(folder + u": " + id) + ": " + got;
             }
         }
     }
