@@ -4,9 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <new>
 #include <optional>
 #include <string>
@@ -86,8 +84,7 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
 class AllocationFailure : public zwtest::BridgeTest {};
 
 TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
-    std::ifstream file(ZW_TEST_DATA "/alloc/catalogue.json");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string text = zwtest::fileText(ZW_TEST_DATA "/alloc/catalogue.json");
     const std::string whole = zwtest::describe(example::docparser::detail::parseExampleCatalogue(text));
     const std::uint64_t allocations = sweep([&](const Guarded& guarded) {
         ExampleCatalogues result;

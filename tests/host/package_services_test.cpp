@@ -137,8 +137,7 @@ TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
         const std::string method = name == "7z-Deflate64.zip" ? "9 (Deflate64)" : name == "7z-PPMd.zip" ? "98 (PPMd)" : "";
         Leaves expected;
         for (const char* path : {"cat.json", "docs/cat_ja_JP.json"}) {
-            std::ifstream source(data / "src" / path, std::ios::binary);
-            expected.emplace_back(u16(path), method.empty() ? std::string(std::istreambuf_iterator<char>(source), {}) : "error: compression method " + method + " is not supported");
+            expected.emplace_back(u16(path), method.empty() ? zwtest::fileText(data / "src" / path) : "error: compression method " + method + " is not supported");
         }
         EXPECT_EQ(open.read(kMiB), expected);
         EXPECT_THAT(open.manager.getSkippedEntries(), testing::Conditional(name == "python-duplicate.zip", ElementsAre(AllOf(Field(&Skipped::path, u"cat.json"), Field(&Skipped::why, Skipped::Why::DuplicateName))), IsEmpty()));

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -202,8 +201,7 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
         EXPECT_EQ(bytes.capacity(), std::max<std::size_t>(size + 2, 15)) << size;
     }
     // A file of the kernel declares a size of zero and still has content.
-    std::ifstream in("/proc/self/maps");
-    const std::string expected((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const std::string expected = zwtest::fileText("/proc/self/maps");
     const std::string maps = read("/proc/self/maps");
     EXPECT_EQ(maps.substr(0, 64), expected.substr(0, 64));
     EXPECT_GT(maps.size(), 4096U);

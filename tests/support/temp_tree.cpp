@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -119,6 +120,11 @@ void TempDir::clear() const {
 
 std::u16string u16(const std::string& text) {
     return zwhost::unicode::utf8ToUtf16(text);
+}
+
+std::string fileText(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 } // namespace zwtest

@@ -63,4 +63,7 @@ private:
 /** `text` as UTF-16 (ASCII and UTF-8 input). */
 std::u16string u16(const std::string& text);
 
+/** The whole content of `file`; empty if it cannot be read. */
+std::string fileText(const std::filesystem::path& file);
+
 } // namespace zwtest

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
@@ -47,11 +46,6 @@ struct ToolRun {
     int status;
     std::string out, err;
 };
-
-inline std::string fileText(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 inline std::string findingLines(const std::string& out) {
     boost::system::error_code error;
