@@ -61,6 +61,15 @@ TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemToTheLimit) {
     EXPECT_EQ(open.read(0).at(2), (std::pair<std::u16string, std::string>{u"empty.txt", ""}));
     EXPECT_EQ(readPackage(dir.write("most.zip", zipOf(std::vector<ZipRecord>(65536)))).back().first,
               u"65535");
+    // Names not flagged UTF-8 are UTF-8 where they are valid, else code page 437; a Unicode path
+    // field (version 1) replaces the name it holds the CRC of, and only that name.
+    const auto unicodePath = [](std::uint32_t crc, const std::string& name) {
+        return pack("22", {0x7075, 5 + name.size()}) + pack("14", {1, crc}) + name;
+    };
+    // clang-format off
+    const std::vector<ZipRecord> names = {{.name = "caf\x82.json", .flags = 0}, {.name = "caf\xC3\xA9.json", .flags = 0}, {.name = "a.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "b/\xC3\xBC.json")}, {.name = "c.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "d.json")}};
+    EXPECT_THAT(OpenPackage(dir.write("names.zip", zipOf(names))).manager.getAllLeafs(), ElementsAre(Property(&Leaf::getPath, u"café.json"), Property(&Leaf::getPath, u"café.json"), Property(&Leaf::getPath, u"b/ü.json"), Property(&Leaf::getPath, u"c.json")));
+    // clang-format on
 }
 
 using PackageCorpus = HostLeakCheck;
@@ -163,7 +172,7 @@ TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
     // clang-format off
     const struct { std::string zip; std::uint64_t limit, mostInflated; const char* refusal; } cases[] = {
         {zipOf(std::vector<ZipRecord>(65536, zeros)), 64 * kMiB, budget, "budget"},
-        {zipOf(std::vector<ZipRecord>(20, {.data = "ab", .size = 64 * kMiB})), 64 * kMiB, 40, "cannot read entry 19"},
+        {zipOf(std::vector<ZipRecord>(20, {.data = "ab", .size = 64 * kMiB})), 64 * kMiB, 40, "entry 19 is smaller than it declares"},
         {zipOf({zeros}), 128 * kMiB, std::max(FileSystemManager::kRatioFloor, zeros.data.size() * FileSystemManager::kMaxRatio) + (64 << 10), "inflates more than 1024 times"},
     };
     // clang-format on

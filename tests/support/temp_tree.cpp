@@ -15,19 +15,6 @@
 namespace zwtest {
 namespace {
 
-/** `values` little-endian, each in as many bytes as the digit of `widths` in its place says. */
-std::string pack(std::string_view widths, std::initializer_list<std::uint64_t> values) {
-    std::string out;
-    const auto* value = values.begin();
-    for (const char width : widths) {
-        for (int i = 0; i < width - '0'; ++i) {
-            out += static_cast<char>((*value >> (8 * i)) & 0xFFU);
-        }
-        ++value;
-    }
-    return out;
-}
-
 std::filesystem::path writeFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream out(file, std::ios::binary);
@@ -40,19 +27,31 @@ std::filesystem::path writeFile(const std::filesystem::path& file, const std::st
 
 } // namespace
 
+std::string pack(std::string_view widths, std::initializer_list<std::uint64_t> values) {
+    std::string out;
+    const auto* value = values.begin();
+    for (const char width : widths) {
+        for (int i = 0; i < width - '0'; ++i) {
+            out += static_cast<char>((*value >> (8 * i)) & 0xFFU);
+        }
+        ++value;
+    }
+    return out;
+}
+
 std::string zipOf(const std::vector<ZipRecord>& records) {
     std::string body, directory;
     for (std::size_t i = 0; i < records.size(); ++i) {
         const ZipRecord& r = records[i];
         const std::string name = r.name.empty() ? std::to_string(i) : r.name;
-        // The fields that the local and the central header share, from the version needed on;
-        // names are UTF-8.
+        // The fields that the local and the central header share, from the version needed on.
         const std::string common =
-            pack("222444422", {20, 0x800, r.method, 0, r.crc.value_or(crc32(r.data)), r.data.size(),
-                               r.size.value_or(r.data.size()), name.size(), 0});
+            pack("222444422", {20, r.flags, r.method, 0, r.crc.value_or(crc32(r.data)), r.data.size(),
+                               r.size.value_or(r.data.size()), name.size(), r.extra.size()});
         // After the shared fields: comment size, first disk, internal and external attributes, offset.
-        directory += pack("42", {0x02014b50, 20}) + common + pack("22244", {0, 0, 0, 0, body.size()}) + name;
-        body += pack("4", {0x04034b50}) + common + name + r.data;
+        directory +=
+            pack("42", {0x02014b50, 20}) + common + pack("22244", {0, 0, 0, 0, body.size()}) + name + r.extra;
+        body += pack("4", {0x04034b50}) + common + name + r.extra + r.data;
     }
     const std::uint64_t count = records.size(), offset = body.size(), size = directory.size();
     const bool zip64 = count > 0xFFFF;

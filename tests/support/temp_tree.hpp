@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,12 @@ struct ZipRecord {
     std::uint16_t method = 0;
     std::optional<std::uint64_t> size = {};
     std::optional<std::uint32_t> crc = {};
+    std::uint16_t flags = 0x800; // the name is UTF-8
+    std::string extra = {};      // extra fields, the same in both headers
 };
+
+/** `values` little-endian, each in as many bytes as the digit of `widths` in its place says. */
+std::string pack(std::string_view widths, std::initializer_list<std::uint64_t> values);
 
 /** The bytes of a zip package of `records` in order, with zip64 end records past 65535 of them;
     a record without a name is named after its place, from 0. */

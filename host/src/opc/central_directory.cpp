@@ -1,5 +1,7 @@
 #include "central_directory.hpp"
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -25,6 +27,7 @@ constexpr std::uint64_t kZip64ExtraId = 0x0001;
 constexpr std::uint64_t kUnicodePathExtraId = 0x7075;
 // Version (1 byte) and CRC of the plain name (4 bytes) come before the name in that field.
 constexpr std::size_t kUnicodePathPrefix = 5;
+constexpr std::uint16_t kUtf8NameFlag = 0x800;
 
 /** The little-endian number of `width` bytes at `at` in `bytes`. */
 std::uint64_t le(std::string_view bytes, std::size_t at, std::size_t width) {
@@ -135,11 +138,16 @@ void vetName(const RawFile& file, std::uint64_t index, std::string_view name) {
     }
 }
 
+std::uint32_t crcOf(std::string_view bytes) {
+    return static_cast<std::uint32_t>(
+        ::crc32_z(::crc32_z(0, nullptr, 0), reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+}
+
 /** Applies the extra fields of a central record: 64-bit sizes and offset, and the Unicode name,
-    which libzip may use instead of the plain one and so is vetted too. */
+    which is vetted whether or not it is the one used. */
 void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view extra,
                       DirectoryRecord& record) {
-    // A field that overruns the extra data ends the walk; libzip refuses such a record at open.
+    // A field that overruns the extra data ends the walk.
     for (std::size_t at = 0; at + 4 <= extra.size();) {
         const std::uint64_t id = le(extra, at, 2);
         const std::size_t length = le(extra, at + 2, 2);
@@ -160,7 +168,14 @@ void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view
                 next += 8;
             }
         } else if (id == kUnicodePathExtraId && field.size() >= kUnicodePathPrefix) {
-            vetName(file, index, field.substr(kUnicodePathPrefix));
+            const std::string_view unicodeName = field.substr(kUnicodePathPrefix);
+            vetName(file, index, unicodeName);
+            // Version 1, made for this very name: a name changed since by a tool that knows no
+            // Unicode fields keeps its own.
+            if (field[0] == 1 && le(field, 1, 4) == crcOf(record.name)) {
+                record.name = unicodeName;
+                record.nameIsUtf8 = true;
+            }
         }
         at += 4 + length;
     }
@@ -193,12 +208,15 @@ std::vector<NamedRecord> readRecords(const RawFile& file, const EndRecord& end) 
         }
         const std::string_view name = file.read(at + kCentralHeaderSize, nameSize);
         vetName(file, index, name);
+        const auto flags = static_cast<std::uint16_t>(le(header, 8, 2));
         DirectoryRecord record{.localOffset = le(header, 42, 4),
                                .compressedSize = le(header, 20, 4),
                                .size = le(header, 24, 4),
                                .crc = static_cast<std::uint32_t>(le(header, 16, 4)),
                                .method = static_cast<std::uint16_t>(le(header, 10, 2)),
-                               .flags = static_cast<std::uint16_t>(le(header, 8, 2))};
+                               .flags = flags,
+                               .name = name,
+                               .nameIsUtf8 = (flags & kUtf8NameFlag) != 0};
         applyExtraFields(file, index, file.read(at + kCentralHeaderSize + nameSize, extraSize), record);
         records.push_back({record, name});
         at += recordSize;
@@ -237,8 +255,8 @@ void placeData(const RawFile& file, std::vector<NamedRecord>& records, std::uint
             file.refuse("two entries overlap at offset " + std::to_string(spans[k].first));
         }
     }
-    // libzip takes the name and method from the central record and the data offset from the
-    // local header: both headers must describe the same entry for the vetting to hold.
+    // The name and method come from the central record and the data offset from the local
+    // header: both headers must describe the same entry for the vetting to hold.
     for (std::size_t index = 0; index < records.size(); ++index) {
         const DirectoryRecord& record = records[index].record;
         const std::string_view header = file.read(record.localOffset, kLocalHeaderSize);

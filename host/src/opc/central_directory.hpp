@@ -1,6 +1,5 @@
 #pragma once
-// The central directory of a zip file read from its raw bytes, so that a package is vetted
-// before libzip is trusted with it.
+// The central directory of a zip file read and vetted from its raw bytes.
 
 #include <cstdint>
 #include <string>
@@ -21,6 +20,10 @@ struct DirectoryRecord {
     std::uint32_t crc = 0;
     std::uint16_t method = 0;
     std::uint16_t flags = 0;
+    // The entry's name in the file's bytes: the Unicode path extra field's where that field is
+    // there and holds the CRC of the plain name, else the plain name.
+    std::string_view name;
+    bool nameIsUtf8 = false; // flagged UTF-8, or the Unicode path field's
 };
 
 /** A vetted directory: its records in central-directory order, and how many leading bytes of the

@@ -1,6 +1,8 @@
 #include "entry_decoders.hpp"
 
+#include <bzlib.h>
 #include <lzma.h>
+#include <zlib.h>
 #include <zstd.h>
 
 #include <algorithm>
@@ -11,6 +13,9 @@
 namespace opc::zwservices::detail {
 namespace {
 
+constexpr std::uint16_t kStore = 0;
+constexpr std::uint16_t kDeflate = 8;
+constexpr std::uint16_t kBzip2 = 12;
 constexpr std::uint16_t kLzma = 14;
 constexpr std::uint16_t kZstd = 93;
 constexpr std::uint16_t kXz = 95;
@@ -118,23 +123,97 @@ void decodeZstd(std::string_view data, std::uint64_t memory, const Sink& sink) {
     }
 }
 
+/** Gives a zlib or libbz2 `stream` the next piece of `data` once it has taken the last: their
+    counts are 32-bit, so larger data goes in pieces. `fed` is how much was given so far. */
+template <class Stream>
+void refill(Stream& stream, std::string_view data, std::size_t& fed) {
+    if (stream.avail_in == 0 && fed < data.size()) {
+        const std::size_t piece = std::min<std::size_t>(data.size() - fed, UINT32_MAX);
+        // Neither library writes through its input pointer; their headers just lack the const.
+        stream.next_in = reinterpret_cast<decltype(stream.next_in)>(const_cast<char*>(data.data() + fed));
+        stream.avail_in = static_cast<decltype(stream.avail_in)>(piece);
+        fed += piece;
+    }
+}
+
+/** Inflates raw deflate data (no zlib or gzip wrapper) into `sink`. */
+void decodeDeflate(std::string_view data, const Sink& sink) {
+    z_stream stream{};
+    if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) {
+        throw std::bad_alloc();
+    }
+    const std::unique_ptr<z_stream, int (*)(z_stream*)> ending(&stream, inflateEnd);
+    std::size_t fed = 0;
+    unsigned char out[kChunk];
+    for (;;) {
+        refill(stream, data, fed);
+        stream.next_out = out;
+        stream.avail_out = sizeof out;
+        const int result = inflate(&stream, Z_NO_FLUSH);
+        sink(reinterpret_cast<const char*>(out), sizeof out - stream.avail_out);
+        if (result == Z_STREAM_END) {
+            return;
+        }
+        if (result == Z_MEM_ERROR) {
+            throw std::bad_alloc();
+        }
+        // Input is refilled above and output has room, so no progress means no input is left.
+        if (result == Z_BUF_ERROR) {
+            damaged("deflate", "the data ends inside the stream");
+        }
+        if (result != Z_OK) {
+            damaged("deflate", stream.msg != nullptr ? stream.msg : "zlib error " + std::to_string(result));
+        }
+    }
+}
+
+void decodeBzip2(std::string_view data, const Sink& sink) {
+    bz_stream stream{};
+    if (BZ2_bzDecompressInit(&stream, 0, 0) != BZ_OK) {
+        throw std::bad_alloc();
+    }
+    const std::unique_ptr<bz_stream, int (*)(bz_stream*)> ending(&stream, BZ2_bzDecompressEnd);
+    std::size_t fed = 0;
+    char out[kChunk];
+    for (;;) {
+        refill(stream, data, fed);
+        stream.next_out = out;
+        stream.avail_out = sizeof out;
+        const int result = BZ2_bzDecompress(&stream);
+        const std::size_t produced = sizeof out - stream.avail_out;
+        sink(out, produced);
+        if (result == BZ_STREAM_END) {
+            return;
+        }
+        if (result == BZ_MEM_ERROR) {
+            throw std::bad_alloc();
+        }
+        if (result != BZ_OK) {
+            damaged("bzip2", "libbz2 error " + std::to_string(result));
+        }
+        if (produced == 0 && stream.avail_in == 0 && fed == data.size()) {
+            damaged("bzip2", "the data ends inside the stream");
+        }
+    }
+}
+
 } // namespace
 
 std::string methodName(std::uint16_t method) {
     switch (method) {
-    case 0:
+    case kStore:
         return "store";
     case 1:
         return "shrink";
     case 6:
         return "implode";
-    case 8:
+    case kDeflate:
         return "deflate";
     case 9:
         return "Deflate64";
     case 10:
         return "PKWARE DCL implode";
-    case 12:
+    case kBzip2:
         return "bzip2";
     case kLzma:
         return "LZMA";
@@ -161,13 +240,33 @@ std::string methodName(std::uint16_t method) {
     }
 }
 
-bool decodedHere(std::uint16_t method) {
-    return method == kLzma || method == kXz || method == kZstd;
+bool isSupported(std::uint16_t method) {
+    switch (method) {
+    case kStore:
+    case kDeflate:
+    case kBzip2:
+    case kLzma:
+    case kXz:
+    case kZstd:
+        return true;
+    default:
+        return false;
+    }
 }
 
 void decode(std::uint16_t method, std::string_view data, std::uint64_t declaredSize, std::uint64_t memory,
             const Sink& sink) {
+    // Some writers give an empty file no compressed data at all, whatever its method.
+    if (data.empty() && isSupported(method)) {
+        return;
+    }
     switch (method) {
+    case kStore:
+        return sink(data.data(), data.size());
+    case kDeflate:
+        return decodeDeflate(data, sink);
+    case kBzip2:
+        return decodeBzip2(data, sink);
     case kLzma:
         return decodeLzma(data, declaredSize, memory, sink);
     case kXz:

@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 #include <unordered_set>
 
@@ -17,24 +18,53 @@ namespace {
 
 using Contents = zippackage::ZipPhysicalPackage::Contents;
 
-// libzip inflates into this much at a time, on the stack; the text grows by appending it.
+// The decoders inflate this much at a time, on the stack; the text grows by appending it.
 constexpr std::size_t kChunk = std::size_t{64} << 10;
 // The first room given to an entry's text, whatever it declares; it grows as bytes arrive.
 constexpr std::uint64_t kFirstRoom = std::uint64_t{1} << 20;
 // The decoders' state may reach this; xz -9 needs 65 MiB.
 constexpr std::uint64_t kDecoderMemory = std::uint64_t{72} << 20;
 
-struct FileClose {
-    void operator()(zip_file_t* file) const { zip_fclose(file); }
+// What the bytes 0x80 to 0xFF stand for in code page 437, the encoding of zip names that are
+// neither flagged nor valid UTF-8.
+// clang-format off
+constexpr std::array<char16_t, 128> kCp437High = {
+    0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7,
+    0x00EA, 0x00EB, 0x00E8, 0x00EF, 0x00EE, 0x00EC, 0x00C4, 0x00C5,
+    0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9,
+    0x00FF, 0x00D6, 0x00DC, 0x00A2, 0x00A3, 0x00A5, 0x20A7, 0x0192,
+    0x00E1, 0x00ED, 0x00F3, 0x00FA, 0x00F1, 0x00D1, 0x00AA, 0x00BA,
+    0x00BF, 0x2310, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB,
+    0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x2561, 0x2562, 0x2556,
+    0x2555, 0x2563, 0x2551, 0x2557, 0x255D, 0x255C, 0x255B, 0x2510,
+    0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F,
+    0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x2567,
+    0x2568, 0x2564, 0x2565, 0x2559, 0x2558, 0x2552, 0x2553, 0x256B,
+    0x256A, 0x2518, 0x250C, 0x2588, 0x2584, 0x258C, 0x2590, 0x2580,
+    0x03B1, 0x00DF, 0x0393, 0x03C0, 0x03A3, 0x03C3, 0x00B5, 0x03C4,
+    0x03A6, 0x0398, 0x03A9, 0x03B4, 0x221E, 0x03C6, 0x03B5, 0x2229,
+    0x2261, 0x00B1, 0x2265, 0x2264, 0x2320, 0x2321, 0x00F7, 0x2248,
+    0x00B0, 0x2219, 0x00B7, 0x221A, 0x207F, 0x00B2, 0x25A0, 0x00A0,
 };
+// clang-format on
 
-/** `name` from UTF-8 to UTF-16; a malformed sequence is a damaged package. */
-std::u16string entryNameToUtf16(std::string_view name) {
+/** The name of `record` in UTF-16: a name flagged UTF-8 must be UTF-8, another is taken as UTF-8
+    where it is valid UTF-8 and as code page 437 where it is not. */
+std::u16string entryName(const zippackage::detail::DirectoryRecord& record) {
     try {
-        return zwhost::unicode::utf8ToUtf16(name);
+        return zwhost::unicode::utf8ToUtf16(record.name);
     } catch (const zwhost::unicode::MalformedText&) {
-        throw PackageError("entry name is not UTF-8: " + std::string(name));
+        if (record.nameIsUtf8) {
+            throw PackageError("entry name is not UTF-8: " + std::string(record.name));
+        }
     }
+    std::u16string name;
+    name.reserve(record.name.size());
+    for (const char byte : record.name) {
+        const auto unit = static_cast<unsigned char>(byte);
+        name.push_back(unit < 0x80 ? char16_t{unit} : kCp437High[unit - 0x80]);
+    }
+    return name;
 }
 
 std::string entryText(const FileSystemEntry::Info& info) {
@@ -56,35 +86,27 @@ struct Listing {
 };
 
 Listing listEntries(const Contents& contents, bool wantLeaves) {
-    zip_t* archive = contents.archive.get();
-    const std::size_t count = contents.directory.records.size();
+    const std::vector<zippackage::detail::DirectoryRecord>& records = contents.directory.records;
     Listing listing;
     if (wantLeaves) {
         // The count was vetted at open, so this reservation is bounded.
-        listing.leaves.reserve(count);
+        listing.leaves.reserve(records.size());
     }
     std::unordered_set<std::string_view> seen;
-    seen.reserve(count);
-    for (std::size_t index = 0; index < count; ++index) {
-        const char* raw = zip_get_name(archive, index, ZIP_FL_ENC_GUESS);
-        if (raw == nullptr) {
-            throw PackageError("cannot read entry " + std::to_string(index) + ": " + zip_strerror(archive));
-        }
-        const std::string_view name(raw);
-        if (!name.empty() && name.back() == '/') {
+    seen.reserve(records.size());
+    for (std::size_t index = 0; index < records.size(); ++index) {
+        const zippackage::detail::DirectoryRecord& record = records[index];
+        if (!record.name.empty() && record.name.back() == '/') {
             continue;
         }
-        if (!seen.insert(name).second) {
-            listing.skipped.push_back({entryNameToUtf16(name),
-                                       FileSystemManager::SkippedEntry::Why::DuplicateName,
+        if (!seen.insert(record.name).second) {
+            listing.skipped.push_back({entryName(record), FileSystemManager::SkippedEntry::Why::DuplicateName,
                                        "a second entry of this name; the first one is read"});
             continue;
         }
-        const zippackage::detail::DirectoryRecord& record = contents.directory.records[index];
-        std::u16string path = entryNameToUtf16(name);
         if (wantLeaves) {
             listing.leaves.emplace_back(std::make_shared<const FileSystemEntry::Info>(
-                FileSystemEntry::Info{index, std::move(path), record.size, record.crc}));
+                FileSystemEntry::Info{index, entryName(record), record.size, record.crc}));
         }
     }
     return listing;
@@ -96,7 +118,7 @@ PackageError budgetSpent(const FileSystemEntry::Info& info, std::uint64_t budget
 }
 
 /** The text of one entry as it is inflated, held to the read limit, the package's budget and a
-    sane inflation ratio. */
+    sane inflation ratio, its CRC taken as it grows. */
 class Inflation {
 public:
     Inflation(const FileSystemEntry::Info& info, const zippackage::detail::DirectoryRecord& record,
@@ -126,6 +148,7 @@ public:
             throw budgetSpent(info_, budget_);
         }
         inflated_ += size;
+        crc_ = ::crc32_z(crc_, reinterpret_cast<const Bytef*>(data), size);
         text_.append(data, size);
     }
 
@@ -133,10 +156,11 @@ public:
         if (text_.size() != info_.size) {
             throw PackageError(entryText(info_) + " is smaller than it declares");
         }
+        if (crc_ != info_.crc) {
+            throw PackageError("cannot read " + entryText(info_) + ": CRC error");
+        }
         return std::move(text_);
     }
-
-    const std::string& text() const { return text_; }
 
 private:
     const FileSystemEntry::Info& info_;
@@ -145,29 +169,11 @@ private:
     std::uint64_t budget_;
     std::uint64_t& inflated_;
     std::string text_;
+    uLong crc_ = ::crc32_z(0, nullptr, 0);
 };
 
-/** Inflates with libzip, which checks the CRC on reaching the end of the data. */
-void inflateWithLibzip(zip_t* archive, const FileSystemEntry::Info& info, Inflation& inflation) {
-    std::unique_ptr<zip_file_t, FileClose> file(zip_fopen_index(archive, info.index, 0));
-    if (!file) {
-        throw PackageError("cannot open " + entryText(info) + ": " + zip_strerror(archive));
-    }
-    char chunk[kChunk];
-    for (;;) {
-        const zip_int64_t got = zip_fread(file.get(), chunk, sizeof chunk);
-        if (got < 0) {
-            throw PackageError("cannot read " + entryText(info) + ": " + zip_file_strerror(file.get()));
-        }
-        if (got == 0) {
-            return;
-        }
-        inflation.take(chunk, static_cast<std::size_t>(got));
-    }
-}
-
-void inflateHere(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
-                 const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
+void inflate(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
+             const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
     if ((record.flags & 1U) != 0) {
         throw PackageError("cannot open " + entryText(info) + ": it is encrypted");
     }
@@ -179,12 +185,6 @@ void inflateHere(const Contents& contents, const zippackage::detail::DirectoryRe
         throw;
     } catch (const std::runtime_error& error) {
         throw PackageError("cannot read " + entryText(info) + ": " + error.what());
-    }
-    const std::string& text = inflation.text();
-    if (text.size() == info.size &&
-        ::crc32_z(::crc32_z(0, nullptr, 0), reinterpret_cast<const Bytef*>(text.data()), text.size()) !=
-            info.crc) {
-        throw PackageError("cannot read " + entryText(info) + ": CRC error");
     }
 }
 
@@ -216,8 +216,7 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
     const Contents& contents = openContents(package_);
     const FileSystemEntry::Info& info = entry.info();
     const zippackage::detail::DirectoryRecord& record = contents.directory.records.at(info.index);
-    const bool byLibzip = zip_compression_method_supported(record.method, 0) != 0;
-    if (!byLibzip && !detail::decodedHere(record.method)) {
+    if (!detail::isSupported(record.method)) {
         throw PackageError("compression method " + std::to_string(record.method) + " (" +
                            detail::methodName(record.method) + ") is not supported");
     }
@@ -230,11 +229,7 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
         throw budgetSpent(info, budget);
     }
     Inflation inflation(info, record, limit, budget, inflated_);
-    if (byLibzip) {
-        inflateWithLibzip(contents.archive.get(), info, inflation);
-    } else {
-        inflateHere(contents, record, info, limit, inflation);
-    }
+    inflate(contents, record, info, limit, inflation);
     return inflation.finish();
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// A zip file as the physical side of a package, read once into memory and listed with libzip.
+// A zip file as the physical side of a package, read once into memory and listed from its bytes.
 
 #include <cstdint>
 #include <memory>
@@ -12,7 +12,7 @@ namespace opc::zippackage {
 
 class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
 public:
-    /** What an open package holds: its bytes, its vetted directory and the libzip archive over them. */
+    /** What an open package holds: its bytes and its vetted directory. */
     struct Contents;
 
     /** A package over the zip file at `path`; nothing is opened until `open`. */
@@ -21,7 +21,7 @@ public:
     ZipPhysicalPackage(const ZipPhysicalPackage&) = delete;
     ZipPhysicalPackage& operator=(const ZipPhysicalPackage&) = delete;
 
-    /** Reads the zip file once, vets its directory and opens it with libzip; throws on a file
+    /** Reads the zip file once and vets its directory; throws on a file
         that is not a regular file, or on a bad or hostile zip. */
     void open(interfaces::OpenMode mode) override;
     bool isOpen() const override { return contents_ != nullptr; }
