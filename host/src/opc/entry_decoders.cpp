@@ -4,6 +4,7 @@
 #include <lzma.h>
 #include <zlib.h>
 #include <zstd.h>
+#include <zstd_errors.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -110,6 +111,9 @@ void decodeZstd(std::string_view data, std::uint64_t memory, const Sink& sink) {
     for (;;) {
         ZSTD_outBuffer buffer{out, sizeof out, 0};
         const std::size_t result = ZSTD_decompressStream(stream.get(), &buffer, &in);
+        if (ZSTD_getErrorCode(result) == ZSTD_error_frameParameter_windowTooLarge) {
+            throw std::runtime_error("zstd data needs more memory than allowed to decode");
+        }
         if (ZSTD_isError(result)) {
             damaged("zstd", ZSTD_getErrorName(result));
         }
