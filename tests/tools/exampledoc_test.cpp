@@ -87,6 +87,8 @@ TEST_F(Exampledoc, CommandLinesDoWhatTheySay) {
         {{}, "list --locale en_US graphics/S*", 0, {"graphics/SurfacePlotOfPeaks", "!graphics/BarChartDashboard", "!stats  ("}},
         {{}, "list --locale en_US --kind=Live_Script -- control/*", 0, {"control/PIDTuning", "!control/BodePlotGallery"}},
         {{}, "list --folder nosuch --json", 0, {"@list_none.json", "no help folder \"nosuch\""}},
+        {{}, "list --locale en_US / graphics/S*", 0, {"graphics/SurfacePlotOfPeaks", "no example id matches \"/\"; to read the documentation tree there, give --root /", "!matches \"graphics/S*\""}},
+        {{}, "list --locale en_US --kind app graphics/S*", 0, {"No examples match.", "no example id matches \"graphics/S*\"\n"}},
         // Each rule of check at its place, with its pointer and id.
         {{{"h/ex.json", "{\"header\":{},\n \"exampleItems\": [,]}"}}, check, 1, {"h/ex.json:2:19 [json-syntax] unexpected ','"}},
         {{{"h/ex.json", R"({"header":{},"exampleItems":[],})"}}, check, 1, {"h/ex.json:1:31 [json-syntax] a comma may not come before '}'"}},

@@ -1,6 +1,8 @@
 #include <fnmatch.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "commands.hpp"
 #include "json_output.hpp"
@@ -48,19 +50,47 @@ void filter(example::docparser::ExampleCatalogues& catalogues, const Options& op
     }
 }
 
+// Names each id glob that no listed example matches; one that names a folder is most likely a
+// tree meant for --root.
+void warnUnmatched(const example::docparser::ExampleCatalogues& catalogues, const Options& options,
+                   std::ostream& err) {
+    for (const std::string& glob : options.operands) {
+        const bool matched = std::any_of(catalogues.begin(), catalogues.end(), [&](const auto& folder) {
+            return std::any_of(
+                folder.second.items.begin(), folder.second.items.end(),
+                [&](const auto& entry) { return matchesAny({glob}, utf16ToUtf8(entry.first)); });
+        });
+        if (matched) {
+            continue;
+        }
+        err << "exampledoc list: warning: no example id matches \"" << escapeControls(glob) << "\"";
+        std::error_code error;
+        if (std::filesystem::is_directory(glob, error)) {
+            err << "; to read the documentation tree there, give --root " << escapeControls(glob);
+        }
+        err << "\n";
+    }
+}
+
 } // namespace
 
 int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     const std::u16string root = applyOptions(options);
     auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
+    const bool found = !catalogues.empty();
     filter(catalogues, options, err);
+    warnUnmatched(catalogues, options, err);
     if (options.json) {
         writeCataloguesJson(out, std::move(catalogues));
         return 0;
     }
     out << "Examples under " << escapeControls(utf16ToUtf8(root)) << " for locale "
         << utf16ToUtf8(zwhost::settings::currentLocale()) << "\n\n";
-    printListing(out, catalogues, options.color);
+    if (found && catalogues.empty()) {
+        out << "No examples match.\n";
+    } else {
+        printListing(out, catalogues, options.color);
+    }
     if (const std::size_t skipped = countSkipped(root); skipped > 0) {
         err << "exampledoc list: " << skipped
             << (skipped == 1 ? " file or package was" : " files or packages were")
