@@ -16,53 +16,60 @@ namespace {
 
 using zwhost::unicode::utf16ToUtf8;
 
-bool matchesAny(const std::vector<std::string>& globs, const std::string& id) {
-    return globs.empty() || std::any_of(globs.begin(), globs.end(), [&](const std::string& glob) {
-               return fnmatch(glob.c_str(), id.c_str(), 0) == 0;
-           });
-}
-
 // Keeps the help folders, kinds and ids that the options ask for; a folder that an id or kind
-// filter leaves empty goes too. Names a wanted help folder that is not there.
-void filter(example::docparser::ExampleCatalogues& catalogues, const Options& options, std::ostream& err) {
+// filter leaves empty goes too. Names a wanted help folder that is not there. Gives back the id
+// globs that no kept example matches.
+std::vector<std::string> filter(example::docparser::ExampleCatalogues& catalogues, const Options& options,
+                                std::ostream& err) {
     for (const auto& wanted : options.folders) {
         if (!catalogues.contains(zwhost::unicode::utf8ToUtf16(wanted))) {
             err << "exampledoc list: warning: no help folder \"" << wanted << "\"\n";
         }
     }
-    const bool filtersItems = options.kind || !options.operands.empty();
+    const std::vector<std::string>& globs = options.operands;
+    std::vector<bool> matched(globs.size(), false);
+    const bool filtersItems = options.kind || !globs.empty();
     for (auto folder = catalogues.begin(); folder != catalogues.end();) {
+        const std::string name = utf16ToUtf8(folder->first);
+        if (!options.folders.empty() &&
+            std::find(options.folders.begin(), options.folders.end(), name) == options.folders.end()) {
+            folder = catalogues.erase(folder);
+            continue;
+        }
         auto& items = folder->second.items;
         for (auto entry = items.begin(); entry != items.end();) {
             std::erase_if(entry->second, [&](const example::docparser::ExampleItem& item) {
                 return options.kind &&
                        example::docparser::ExampleType::enumToString(item.getExampleType()) != *options.kind;
             });
-            const bool keep =
-                !entry->second.empty() && matchesAny(options.operands, utf16ToUtf8(entry->first));
+            bool keep = !entry->second.empty();
+            if (keep && !globs.empty()) {
+                const std::string id = utf16ToUtf8(entry->first);
+                keep = false;
+                for (std::size_t glob = 0; glob < globs.size(); ++glob) {
+                    if (fnmatch(globs[glob].c_str(), id.c_str(), 0) == 0) {
+                        matched[glob] = true;
+                        keep = true;
+                    }
+                }
+            }
             entry = keep ? std::next(entry) : items.erase(entry);
         }
-        const std::string name = utf16ToUtf8(folder->first);
-        const bool wanted =
-            options.folders.empty() ||
-            std::find(options.folders.begin(), options.folders.end(), name) != options.folders.end();
-        folder = wanted && !(filtersItems && items.empty()) ? std::next(folder) : catalogues.erase(folder);
+        folder = filtersItems && items.empty() ? catalogues.erase(folder) : std::next(folder);
     }
+    std::vector<std::string> unmatched;
+    for (std::size_t glob = 0; glob < globs.size(); ++glob) {
+        if (!matched[glob]) {
+            unmatched.push_back(globs[glob]);
+        }
+    }
+    return unmatched;
 }
 
 // Names each id glob that no listed example matches; one that names a folder is most likely a
 // tree meant for --root.
-void warnUnmatched(const example::docparser::ExampleCatalogues& catalogues, const Options& options,
-                   std::ostream& err) {
-    for (const std::string& glob : options.operands) {
-        const bool matched = std::any_of(catalogues.begin(), catalogues.end(), [&](const auto& folder) {
-            return std::any_of(
-                folder.second.items.begin(), folder.second.items.end(),
-                [&](const auto& entry) { return matchesAny({glob}, utf16ToUtf8(entry.first)); });
-        });
-        if (matched) {
-            continue;
-        }
+void warnUnmatched(const std::vector<std::string>& globs, std::ostream& err) {
+    for (const std::string& glob : globs) {
         err << "exampledoc list: warning: no example id matches \"" << escapeControls(glob) << "\"";
         std::error_code error;
         if (std::filesystem::is_directory(glob, error)) {
@@ -78,8 +85,7 @@ int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     const std::u16string root = applyOptions(options);
     auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
     const bool found = !catalogues.empty();
-    filter(catalogues, options, err);
-    warnUnmatched(catalogues, options, err);
+    warnUnmatched(filter(catalogues, options, err), err);
     if (options.json) {
         writeCataloguesJson(out, std::move(catalogues));
         return 0;

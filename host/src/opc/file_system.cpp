@@ -172,8 +172,9 @@ private:
     uLong crc_ = ::crc32_z(0, nullptr, 0);
 };
 
-void inflate(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
-             const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
+/** Hands the entry's data to the decoder of its method, which feeds `inflation`. */
+void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
+                 const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
     if ((record.flags & 1U) != 0) {
         throw PackageError("cannot open " + entryText(info) + ": it is encrypted");
     }
@@ -229,7 +230,7 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
         throw budgetSpent(info, budget);
     }
     Inflation inflation(info, record, limit, budget, inflated_);
-    inflate(contents, record, info, limit, inflation);
+    decodeEntry(contents, record, info, limit, inflation);
     return inflation.finish();
 }
 
