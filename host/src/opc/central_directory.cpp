@@ -54,7 +54,7 @@ public:
     }
 
     [[noreturn]] void refuse(const std::string& why) const {
-        throw PackageError("refused package " + path_ + ": " + why);
+        throw PackageError(PackageErrorKind::Refused, "refused package " + path_ + ": " + why);
     }
 
 private:

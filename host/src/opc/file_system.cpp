@@ -55,7 +55,8 @@ std::u16string entryName(const zippackage::detail::DirectoryRecord& record) {
         return zwhost::unicode::utf8ToUtf16(record.name);
     } catch (const zwhost::unicode::MalformedText&) {
         if (record.nameIsUtf8) {
-            throw PackageError("entry name is not UTF-8: " + std::string(record.name));
+            throw PackageError(PackageErrorKind::Refused,
+                               "entry name is not UTF-8: " + std::string(record.name));
         }
     }
     std::u16string name;
@@ -74,7 +75,7 @@ std::string entryText(const FileSystemEntry::Info& info) {
 const Contents& openContents(const model::Package& package) {
     const auto* zip = dynamic_cast<const zippackage::ZipPhysicalPackage*>(&package.physical());
     if (zip == nullptr || !zip->isOpen()) {
-        throw PackageError("the package is not an open zip package");
+        throw PackageError(PackageErrorKind::Misuse, "the package is not an open zip package");
     }
     return *zip->contents();
 }
@@ -113,8 +114,9 @@ Listing listEntries(const Contents& contents, bool wantLeaves) {
 }
 
 PackageError budgetSpent(const FileSystemEntry::Info& info, std::uint64_t budget) {
-    return PackageError(entryText(info) + " is not read: the package has inflated its budget of " +
-                        std::to_string(budget) + " bytes");
+    return PackageError(PackageErrorKind::OverBudget,
+                        entryText(info) + " is not read: the package has inflated its budget of " +
+                            std::to_string(budget) + " bytes");
 }
 
 /** The text of one entry as it is inflated, held to the read limit, the package's budget and a
@@ -133,15 +135,19 @@ public:
         }
         const std::uint64_t total = text_.size() + size;
         if (total > limit_ || total > info_.size) {
-            throw PackageError(entryText(info_) + " is " +
-                               (info_.size > limit_
-                                    ? "larger than the read limit of " + std::to_string(limit_) + " bytes"
-                                    : std::string("larger than it declares")));
+            throw PackageError(info_.size > limit_ ? PackageErrorKind::OverReadLimit
+                                                   : PackageErrorKind::DamagedEntry,
+                               entryText(info_) + " is " +
+                                   (info_.size > limit_
+                                        ? "larger than the read limit of " + std::to_string(limit_) + " bytes"
+                                        : std::string("larger than it declares")));
         }
         if (total > FileSystemManager::kRatioFloor &&
             total / FileSystemManager::kMaxRatio > record_.compressedSize) {
-            throw PackageError(entryText(info_) + " inflates more than " +
-                               std::to_string(FileSystemManager::kMaxRatio) + " times its compressed size");
+            throw PackageError(PackageErrorKind::DamagedEntry,
+                               entryText(info_) + " inflates more than " +
+                                   std::to_string(FileSystemManager::kMaxRatio) +
+                                   " times its compressed size");
         }
         if (size > budget_ - inflated_) {
             inflated_ = budget_;
@@ -154,10 +160,12 @@ public:
 
     std::string finish() {
         if (text_.size() != info_.size) {
-            throw PackageError(entryText(info_) + " is smaller than it declares");
+            throw PackageError(PackageErrorKind::DamagedEntry,
+                               entryText(info_) + " is smaller than it declares");
         }
         if (crc_ != info_.crc) {
-            throw PackageError("cannot read " + entryText(info_) + ": CRC error");
+            throw PackageError(PackageErrorKind::DamagedEntry,
+                               "cannot read " + entryText(info_) + ": CRC error");
         }
         return std::move(text_);
     }
@@ -176,7 +184,8 @@ private:
 void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
                  const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
     if ((record.flags & 1U) != 0) {
-        throw PackageError("cannot open " + entryText(info) + ": it is encrypted");
+        throw PackageError(PackageErrorKind::Encrypted,
+                           "cannot open " + entryText(info) + ": it is encrypted");
     }
     const std::string_view data(contents.bytes.get() + record.dataOffset, record.compressedSize);
     try {
@@ -185,7 +194,8 @@ void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRe
     } catch (const PackageError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw PackageError("cannot read " + entryText(info) + ": " + error.what());
+        throw PackageError(PackageErrorKind::DamagedEntry,
+                           "cannot read " + entryText(info) + ": " + error.what());
     }
 }
 
@@ -218,12 +228,14 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
     const FileSystemEntry::Info& info = entry.info();
     const zippackage::detail::DirectoryRecord& record = contents.directory.records.at(info.index);
     if (!detail::isSupported(record.method)) {
-        throw PackageError("compression method " + std::to_string(record.method) + " (" +
-                           detail::methodName(record.method) + ") is not supported");
+        throw PackageError(PackageErrorKind::UnsupportedMethod,
+                           "compression method " + std::to_string(record.method) + " (" +
+                               detail::methodName(record.method) + ") is not supported");
     }
     if (info.size > limit) {
-        throw PackageError(entryText(info) + " is larger than the read limit of " + std::to_string(limit) +
-                           " bytes");
+        throw PackageError(PackageErrorKind::OverReadLimit, entryText(info) +
+                                                                " is larger than the read limit of " +
+                                                                std::to_string(limit) + " bytes");
     }
     // Checked before the text's first room is taken, so that a spent package costs nothing more.
     if (inflated_ >= budget && info.size > 0) {

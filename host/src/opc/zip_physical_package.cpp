@@ -20,13 +20,13 @@ constexpr std::uint64_t kMaxPackageBytes = std::uint64_t{1} << 30;
 void readWhole(const std::string& path, ZipPhysicalPackage::Contents& contents) {
     const zwhost::RegularFile file(path.c_str());
     if (file.failure() != nullptr) {
-        throw PackageError(std::string(file.failure()) + " package " + path + ": " +
-                           std::strerror(file.error()));
+        throw PackageError(PackageErrorKind::Unreadable, std::string(file.failure()) + " package " + path +
+                                                             ": " + std::strerror(file.error()));
     }
     const std::uint64_t size = file.size();
     if (size > kMaxPackageBytes) {
-        throw PackageError("refused package " + path + ": larger than " + std::to_string(kMaxPackageBytes) +
-                           " bytes");
+        throw PackageError(PackageErrorKind::Refused, "refused package " + path + ": larger than " +
+                                                          std::to_string(kMaxPackageBytes) + " bytes");
     }
     // Not zero-filled: every byte kept is read. A file that shrinks meanwhile is read as it ends.
     contents.bytes.reset(new char[size]);
@@ -36,7 +36,8 @@ void readWhole(const std::string& path, ZipPhysicalPackage::Contents& contents) 
             if (errno == EINTR) {
                 continue;
             }
-            throw PackageError("cannot read package " + path + ": " + std::strerror(errno));
+            throw PackageError(PackageErrorKind::Unreadable,
+                               "cannot read package " + path + ": " + std::strerror(errno));
         }
         if (got == 0) {
             break;
@@ -59,10 +60,11 @@ ZipPhysicalPackage::~ZipPhysicalPackage() = default;
 
 void ZipPhysicalPackage::open(interfaces::OpenMode mode) {
     if (!readOnly_ || mode != interfaces::OpenMode::ReadOnly) {
-        throw PackageError("package " + nativePath_ + " can only be opened read-only");
+        throw PackageError(PackageErrorKind::Misuse,
+                           "package " + nativePath_ + " can only be opened read-only");
     }
     if (contents_ != nullptr) {
-        throw PackageError("package " + nativePath_ + " is already open");
+        throw PackageError(PackageErrorKind::Misuse, "package " + nativePath_ + " is already open");
     }
     auto contents = std::make_unique<Contents>();
     readWhole(nativePath_, *contents);
