@@ -6,7 +6,7 @@
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
-#include "static_objects.hpp"
+#include "catalogue/catalogue_keys.hpp"
 #include "zwhost/json_members.hpp"
 
 namespace example::docparser::detail {
@@ -134,6 +134,7 @@ ExampleCatalogues parseExampleCatalogue(const std::string& text) {
         std::u16string openCommand =
             ParsingTools::getFluStringWithFallback(entry, kKeyOpenCmd, ParsingTools::Text);
         if (openCommand.empty()) {
+            // "openExample('" is 13 code units and "');" 3: the command is built without growing.
             openCommand.reserve(13 + id.size() + 3);
             openCommand += u"openExample('";
             openCommand += id;

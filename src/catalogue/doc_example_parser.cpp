@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "catalogue/catalogue_parser.hpp"
+#include "catalogue/example_root_objects.hpp"
 #include "reference/docparser/parse_multiple_product_files.hpp"
-#include "static_objects.hpp"
 
 namespace example::docparser {
 namespace {

@@ -1,6 +1,6 @@
 #include "example/docparser/example_type.hpp"
 
-#include "static_objects.hpp"
+#include "model/example_type_table.hpp"
 
 namespace example::docparser {
 

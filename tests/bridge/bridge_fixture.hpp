@@ -9,7 +9,6 @@
 
 #include "example/docparser/example_item.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/item_caches.hpp"
 #include "zcos/om.hpp"
 #include "zwhost/classes.hpp"
 #include "zwhost/fault.hpp"
@@ -21,7 +20,6 @@ using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
 using Strings = std::vector<std::u16string>;
-using Caches = example::docparser::detail::ExampleItemCaches;
 
 /** The properties an item holds as host arrays, in the order of their cache fields. */
 // clang-format off

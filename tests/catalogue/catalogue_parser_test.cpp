@@ -1,10 +1,13 @@
 #include "catalogue/catalogue_parser.hpp"
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
+#include "reference/docparser/catalogue_format_error.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
@@ -57,56 +60,75 @@ TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
     EXPECT_EQ(result.begin()->second.items.at(u"c/n").at(0).getDocIDLinks().capacity(), 0U);
 }
 
-TEST_F(CatalogueParser, MalformedTextFailsTheWholeFile) {
+// What a text gives: "read" and the number of items, or why it fails: the JSON error, the
+// catalogue's format error or the error of a value used as what it is not.
+std::string outcome(const std::string& text) {
+    try {
+        return "read " + std::to_string(parseExampleCatalogue(text).begin()->second.items.size());
+    } catch (const boost::system::system_error& error) {
+        return "json: " + error.code().message();
+    } catch (const reference::docparser::CatalogueFormatError& error) {
+        return std::string("format: ") + error.what();
+    } catch (const std::invalid_argument& error) {
+        return std::string("value: ") + error.what();
+    }
+}
+
+TEST_F(CatalogueParser, MalformedTextFailsTheWholeFileForItsReason) {
     std::string hundred;
     for (int i = 0; i < 100; ++i) {
         hundred += entry("c", "n" + std::to_string(i)) + ",";
     }
-    EXPECT_EQ(parseExampleCatalogue(catalogue(hundred + entry("c", "last"))).begin()->second.items.size(),
-              101U);
-    // The root object and its "extra" member take two levels of the 32 allowed.
     const auto with = [](const std::string& extra) { return catalogue(entry("c", "n", extra)); };
     const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
-    EXPECT_NO_THROW(parseExampleCatalogue(with(R"(,"extra":)" + nested(29))));
-    EXPECT_THROW(parseExampleCatalogue(with(R"(,"extra":)" + nested(30))), boost::system::system_error);
     // clang-format off
-    const std::string bad[] = {
-        "", "{", "[]", catalogue(entry("c", "n")) + "//", catalogue(entry("c", "n") + ","), catalogue("7"),
-        catalogue(entry("c", "n\xff")), catalogue(entry("c", "n\xed\xa0\x80")),
-        R"({"exampleItems":[]})", R"({"header":[],"exampleItems":[]})", R"({"header":{"helpFolder":3},"exampleItems":[]})",
-        R"({"header":{}})", R"({"header":{},"exampleItems":{}})",
-        catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"),
-        with(R"(,"exampleType":5)"), with(R"(,"relative_path":"a")"), with(R"(,"supporting_files":[1])"),
-        with(R"(,"docid_links":[{"docid":"d"}])"), with(R"(,"docid_links":["d"])"), with(R"(,"description":4)"),
+    const std::pair<std::string, const char*> rows[] = {
+        {catalogue(hundred + entry("c", "last")), "read 101"},
+        // The root object and its "extra" member take two levels of the 32 allowed.
+        {with(R"(,"extra":)" + nested(29)), "read 1"}, {with(R"(,"extra":)" + nested(30)), "json: too deep"},
+        {"", "json: incomplete JSON"}, {"{", "json: incomplete JSON"}, {catalogue(entry("c", "n")) + "//", "json: extra data"},
+        {catalogue(entry("c", "n") + ","), "json: syntax error"}, {catalogue(entry("c", "n\xff")), "json: syntax error"},
+        {catalogue(entry("c", "n\xed\xa0\x80")), "json: syntax error"},
+        {"[]", "format: catalogue root: expected an object, found array"},
+        {R"({"exampleItems":[]})", "format: member \"header\": expected an object, found nothing"},
+        {R"({"header":[],"exampleItems":[]})", "format: member \"header\": expected an object, found array"},
+        {R"({"header":{"helpFolder":3},"exampleItems":[]})", "format: header member \"helpFolder\": expected a string, found int64"},
+        {R"({"header":{}})", "format: member \"exampleItems\": expected an array, found nothing"},
+        {R"({"header":{},"exampleItems":{}})", "format: member \"exampleItems\": expected an array, found object"},
+        {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "format: member \"name\": expected a string, found nothing"},
+        {with(R"(,"relative_path":"a")"), "format: value: expected an array, found string"},
+        {with(R"(,"supporting_files":[1])"), "format: array element: expected a string, found int64"},
+        {with(R"(,"docid_links":[{"docid":"d"}])"), "format: member \"target\": expected a string, found nothing"},
+        {with(R"(,"description":4)"), "format: member \"description\": expected a string, found int64"},
+        {catalogue("7"), "value: not an object"}, {with(R"(,"docid_links":["d"])"), "value: not an object"},
+        {with(R"(,"exampleType":5)"), "value: not a string"},
     };
     // clang-format on
-    for (const std::string& text : bad) {
-        EXPECT_ANY_THROW(parseExampleCatalogue(text)) << text;
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(outcome(text), expected) << text;
     }
 }
 
 TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
     const std::string text =
         catalogue(entry("c", "n", R"(,"relative_path":["p"],"docid_links":[{"docid":"d","target":"t"}])"));
-    // Every read of this text can fail: the header; three arrays (the items, the paths, the links);
-    // seven strings (four of the entry, one path, two of the link); two optional strings.
-    const std::pair<const char*, std::uint64_t> operations[] = {
-        {"ParsingTools::getHeaderInfo", 1},
-        {"ParsingTools::getJsonArray", 3},
-        {"ParsingTools::getFluString", 7},
-        {"ParsingTools::getFluStringWithFallback", 2}};
-    for (const auto& [operation, points] : operations) {
-        std::uint64_t failed = 0;
-        for (;; ++failed) {
+    const std::string whole = zwtest::describe(parseExampleCatalogue(text));
+    // A failure at any call of a read passes through unchanged and nothing of the file is given;
+    // past the last call the whole file is read.
+    for (const std::string operation :
+         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getFluString",
+          "ParsingTools::getFluStringWithFallback"}) {
+        for (std::uint64_t call = 1;; ++call) {
             zwhost::fault::Scope faults;
-            zwhost::fault::failOn(operation, failed + 1);
+            zwhost::fault::failOn(operation, call);
             try {
-                parseExampleCatalogue(text);
+                EXPECT_EQ(zwtest::describe(parseExampleCatalogue(text)), whole) << operation;
+                EXPECT_GT(call, 1U) << "a failed first " << operation << " ends the file";
                 break;
-            } catch (const zwhost::fault::InjectedFault&) {
+            } catch (const zwhost::fault::InjectedFault& fault) {
+                EXPECT_EQ(fault.what(), "injected fault in " + operation);
             }
         }
-        EXPECT_EQ(failed, points) << operation;
     }
 }
 

@@ -8,14 +8,13 @@
 #include "example/docparser/example_item.hpp"
 #include "example/docparser/example_type.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/item_caches.hpp"
+#include "zwhost/classes.hpp"
 
 namespace {
 
 using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
-using Caches = example::docparser::detail::ExampleItemCaches;
 using Arrays = std::vector<const zxArray_tag*>;
 using namespace std::string_view_literals;
 
@@ -51,23 +50,16 @@ ExampleItem makeItem(std::u16string component, std::u16string name,
                        u"thumb.png", kind, u"open()", {u"data.mat"}, std::move(links));
 }
 
-// Fills the four caches with arrays of their own and gives back the pointers.
-Arrays fillCaches(const ExampleItem& item) {
-    Arrays pointers;
-    for (SharedZxArrayPtr* cache : {&Caches::relativePaths(item), &Caches::exampleType(item),
-                                    &Caches::supportingFiles(item), &Caches::docIDLinks(item)}) {
-        *cache = zwtest::makeScalar(1.0);
-        pointers.push_back(cache->get());
-    }
-    return pointers;
-}
-
+// The four arrays the host reads: built on the first call, then given from the item's caches.
 Arrays cachesOf(const ExampleItem& item) {
-    return {Caches::relativePaths(item).get(), Caches::exampleType(item).get(),
-            Caches::supportingFiles(item).get(), Caches::docIDLinks(item).get()};
+    return {item.getRelativePathsProperty(), item.getExampleTypeProperty(), item.getSupportingFilesProperty(),
+            item.getDocIDLinksProperty()};
 }
 
-using ExampleItemTest = zwtest::HostLeakCheck;
+class ExampleItemTest : public zwtest::HostLeakCheck {
+protected:
+    ExampleItemTest() { zwhost::classes::registerDocParserClasses(); }
+};
 
 TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
     const std::u16string rows[][3] = {
@@ -79,13 +71,15 @@ TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
 
 TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
     const ExampleItem source = makeItem(u"comp", u"name", static_cast<ExampleType::Value>(200));
-    const Arrays cached = fillCaches(source);
+    const Arrays cached = cachesOf(source);
     const auto live = zwhost::arrays::liveCount();
     const ExampleItem duplicate = source.copy();
     EXPECT_EQ(zwhost::arrays::liveCount(), live);
-    EXPECT_EQ(cached[0]->refCount, 1U);
     EXPECT_EQ(cachesOf(source), cached);
-    EXPECT_EQ(cachesOf(duplicate), Arrays(4, nullptr));
+    for (std::size_t i = 0; i < cached.size(); ++i) {
+        EXPECT_EQ(cached[i]->refCount, 1U) << i;
+        EXPECT_NE(cachesOf(duplicate)[i], cached[i]) << i;
+    }
     EXPECT_EQ(duplicate.getExampleType(), 200U);
     EXPECT_EQ(duplicate.getName(), u"name");
     EXPECT_EQ(duplicate.getRelativePaths(), source.getRelativePaths());
@@ -102,7 +96,7 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
 TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     std::vector<ExampleItem> items;
     items.push_back(makeItem(u"c", u"first"));
-    const Arrays cached = fillCaches(items.front());
+    const Arrays cached = cachesOf(items.front());
     const auto live = zwhost::arrays::liveCount();
     for (int i = 0; i < 100; ++i) {
         items.push_back(makeItem(u"c", u"more"));
@@ -113,9 +107,12 @@ TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     SharedZxArrayPtr shared;
     {
         const ExampleItem moved = std::move(items.front());
-        EXPECT_EQ(cachesOf(items.front()), Arrays(4, nullptr));
         EXPECT_EQ(cachesOf(moved), cached);
-        shared = Caches::supportingFiles(moved);
+        const Arrays rebuilt = cachesOf(items.front());
+        for (std::size_t i = 0; i < cached.size(); ++i) {
+            EXPECT_NE(rebuilt[i], cached[i]) << "the moved-from item keeps no cache " << i;
+        }
+        shared = SharedZxArrayPtr(cached[2]);
         EXPECT_EQ(shared->refCount, 2U);
     }
     EXPECT_EQ(shared->refCount, 1U);

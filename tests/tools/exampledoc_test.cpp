@@ -4,6 +4,7 @@
 #include <map>
 #include <regex>
 #include <set>
+#include <span>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -32,49 +33,49 @@ const Files kSarif = {{"a b/ex.json", "{\"header\":{},\n \"exampleItems\":[{}]}"
 
 class Exampledoc : public zwtest::HostLeakCheck {};
 
-TEST_F(Exampledoc, CommandLinesDoWhatTheySay) {
-    const std::string check = "check --format json";
+void expectRows(std::span<const zwtest::ToolCase> rows) {
+    for (const auto& row : rows) {
+        zwtest::expectTool(row);
+    }
+}
+
+// The conventions of the command line: help, usage, version and unknown commands.
+TEST_F(Exampledoc, Usage) {
+    // clang-format off
+    const zwtest::ToolCase cases[] = {
+        {{}, "--version", 0, {"exampledoc 0.1.0\n"}},
+        {{}, "help list", 0, {"Usage: exampledoc list [OPTIONS] [ID...]"}},
+        {{}, "show --help", 0, {"Usage: exampledoc show [OPTIONS] ID"}},
+        {{}, "", 2, {"Usage: exampledoc [OPTIONS] [SUBCOMMAND]"}},
+        {{}, "lst", 2, {"exampledoc: 'lst' is not a command; did you mean 'list'?"}},
+        {{}, "frobnicate", 2, {"exampledoc: 'frobnicate' is not a command\n"}},
+        {{}, "help lisst", 2, {"exampledoc help: 'lisst' is not a command"}},
+    };
+    // clang-format on
+    expectRows(cases);
+}
+
+// What list writes, and how it reads locales, colour, filters and what it skips.
+TEST_F(Exampledoc, List) {
     // clang-format off
     const Files widths = {{"w/w.json", catalogueText("w", "en", {{"ピーク", "T1"}, {"é", "T2"}, {"e\u0301", "T4"}, {"ｆｕｌｌ", "T5"}, {"流线 a", "T6"}, {"plain", "T3\\n\\t\\u001b[2J\\u007f\\u0085é"}})}};
     const Files escapes = {{"q/q.json", catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}})}};
-    const Files locales = {{"s/ex.json", catalogueText("s", "en_US", {{"a", "A"}})}, {"s/ex_zh_CN.json", "{"}, {"s/ex_ja_JP.json", catalogueText("s", "ja_JP", {{"a", "A"}})},
-                           {"p/p.zip!c/p.json", catalogueText("p", "en_US", {})}, {"p/p.zip!c/p_ko_KR.json", catalogueText("p", "ko_KR", {})}};
-    const Files errorAndWarning = {{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}, {"b/ex_ja_JP.json", "{\"header\":{},\n\"exampleItems\":{}}"}};
     const Files skipped = {{"a/ex.json", catalogueText("a", "en_US", {})}, {"a/ex_zh_CN.json", "{"}, {"a/ex_ja_JP.json", "[]"}, {"b/p.zip", "no zip"}};
-    const Files coverage = {{"h/ex.json", catalogueText("h", "en_US", {{"a", ""}, {"b", ""}, {"c", ""}})}, {"h/ex_ja_JP.json", catalogueText("h", "ja_JP", {{"a", ""}, {"x", ""}})},
-                            {"g/p.zip!g.json", catalogueText("g", "en_US", {{"a", ""}})}, {"g/p.zip!g_zh_CN.json", catalogueText("g", "zh_CN", {{"a", ""}})}, {"g/bad_ko_KR.json", "{"}};
     const zwtest::ToolCase cases[] = {
-        // Conventions of the command line, and what list and show write.
         {{}, "list --locale ja_JP", 0, {"@list_ja_JP.txt"}},
         {{}, "list --locale zh_CN", 0, {"@list_zh_CN.txt"}},
         {{}, "list --locale ja_JP --json", 0, {"@list_ja_JP.json"}},
         {widths, "list --locale en_US", 0, {"@list_widths.txt"}},
         {escapes, "list --locale en_US --json", 0, {"@list_escapes.json"}},
-        {{}, "show graphics/SurfacePlotOfPeaks --locale zh_CN", 0, {"@show_zh_CN.txt"}},
-        {{}, "show graphics/SurfacePlotOfPeaks --locale en_US", 0, {"@show_en_US.txt"}},
-        {{}, "show graphics/NoSuchExample", 1, {"exampledoc show: no example with id graphics/NoSuchExample"}},
-        {{}, "check", 0, {"checked 10 catalogues for ja_JP, ko_KR, zh_CN: 0 errors, 1 warning, 0 notes"}},
-        {{}, "--version", 0, {"exampledoc 0.1.0\n"}},
-        {{}, "help list", 0, {"Usage: exampledoc list [OPTIONS] [ID...]"}},
-        {{}, "show --help", 0, {"Usage: exampledoc show [OPTIONS] ID"}},
         {{}, "list --locale=ja_JP.UTF-8", 0, {"for locale ja_JP\n"}},
         {{}, "list --locale ko_KR@euro --folder=stats", 0, {"for locale ko_KR\n"}},
         {{}, "list --locale C", 0, {"for locale en_US\n"}},
-        {{}, "show -- graphics/SurfacePlotOfPeaks", 0, {"Title: \"Surface Plot of the Peaks"}},
-        {{}, "", 2, {"Usage: exampledoc [OPTIONS] [SUBCOMMAND]"}},
-        {{}, "lst", 2, {"exampledoc: 'lst' is not a command; did you mean 'list'?"}},
-        {{}, "frobnicate", 2, {"exampledoc: 'frobnicate' is not a command\n"}},
         {{}, "list --jsn", 2, {"exampledoc list: unknown option '--jsn'; did you mean '--json'?"}},
-        {{}, "show --json x/y", 2, {"exampledoc show: unknown option '--json'"}},
-        {{}, "help lisst", 2, {"exampledoc help: 'lisst' is not a command"}},
         {{}, "list --locale fr_FR.UTF-8", 2, {"use English (en_US) or one of ja_JP, ko_KR, zh_CN"}},
         {{}, "list --locale japanese", 2, {"locale \"japanese\" has no catalogues"}},
         {{}, "list --kind movie", 2, {"exampledoc list: --kind: movie not in"}},
         {{}, "list --color=sometimes", 2, {"exampledoc list: --color: sometimes not in"}},
-        {{}, "check --format xml", 2, {"exampledoc check: --format: xml not in"}},
-        {{}, "coverage --format sarif", 2, {"exampledoc coverage: --format: sarif not in"}},
         {{}, "list --root /no/such/root", 2, {"no example catalogues at /no/such/root"}},
-        {{}, "show", 2, {"exampledoc show: ID is required"}},
         {{}, "LC_ALL=bogus.UTF-8 list --folder stats", 0, {"warning: the locale \"bogus\" from the environment has no catalogues; reading English ones (supported: ja_JP, ko_KR, zh_CN)"}},
         {{}, "list --locale en_US --color=auto", 0, {"!\x1b["}},
         {{}, "TTY=1 list --locale en_US --color=auto", 0, {"\x1b["}},
@@ -89,7 +90,39 @@ TEST_F(Exampledoc, CommandLinesDoWhatTheySay) {
         {{}, "list --folder nosuch --json", 0, {"@list_none.json", "no help folder \"nosuch\""}},
         {{}, "list --locale en_US / graphics/S*", 0, {"graphics/SurfacePlotOfPeaks", "no example id matches \"/\"; to read the documentation tree there, give --root /", "!matches \"graphics/S*\""}},
         {{}, "list --locale en_US --kind app graphics/S*", 0, {"No examples match.", "no example id matches \"graphics/S*\"\n"}},
-        // Each rule of check at its place, with its pointer and id.
+        {skipped, "list --locale ja_JP", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale en_US", 0, {"exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale ja_JP --json", 0, {"!skipped"}},
+    };
+    // clang-format on
+    expectRows(cases);
+}
+
+// What show writes for one example, and its errors.
+TEST_F(Exampledoc, Show) {
+    // clang-format off
+    const zwtest::ToolCase cases[] = {
+        {{}, "show graphics/SurfacePlotOfPeaks --locale zh_CN", 0, {"@show_zh_CN.txt"}},
+        {{}, "show graphics/SurfacePlotOfPeaks --locale en_US", 0, {"@show_en_US.txt"}},
+        {{}, "show graphics/NoSuchExample", 1, {"exampledoc show: no example with id graphics/NoSuchExample"}},
+        {{}, "show -- graphics/SurfacePlotOfPeaks", 0, {"Title: \"Surface Plot of the Peaks"}},
+        {{}, "show --json x/y", 2, {"exampledoc show: unknown option '--json'"}},
+        {{}, "show", 2, {"exampledoc show: ID is required"}},
+    };
+    // clang-format on
+    expectRows(cases);
+}
+
+// Each rule of check at its place, with its pointer and id; every locale and format; --strict.
+TEST_F(Exampledoc, Check) {
+    const std::string check = "check --format json";
+    // clang-format off
+    const Files locales = {{"s/ex.json", catalogueText("s", "en_US", {{"a", "A"}})}, {"s/ex_zh_CN.json", "{"}, {"s/ex_ja_JP.json", catalogueText("s", "ja_JP", {{"a", "A"}})},
+                           {"p/p.zip!c/p.json", catalogueText("p", "en_US", {})}, {"p/p.zip!c/p_ko_KR.json", catalogueText("p", "ko_KR", {})}};
+    const Files errorAndWarning = {{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}, {"b/ex_ja_JP.json", "{\"header\":{},\n\"exampleItems\":{}}"}};
+    const zwtest::ToolCase cases[] = {
+        {{}, "check", 0, {"checked 10 catalogues for ja_JP, ko_KR, zh_CN: 0 errors, 1 warning, 0 notes"}},
+        {{}, "check --format xml", 2, {"exampledoc check: --format: xml not in"}},
         {{{"h/ex.json", "{\"header\":{},\n \"exampleItems\": [,]}"}}, check, 1, {"h/ex.json:2:19 [json-syntax] unexpected ','"}},
         {{{"h/ex.json", R"({"header":{},"exampleItems":[],})"}}, check, 1, {"h/ex.json:1:31 [json-syntax] a comma may not come before '}'"}},
         {{{"h/ex.json", "{\"header\":{} // note\n}"}}, check, 1, {"h/ex.json:1:14 [json-syntax] comments are not allowed"}},
@@ -130,22 +163,28 @@ TEST_F(Exampledoc, CommandLinesDoWhatTheySay) {
         {{{"b\xFF.json", "{}"}}, check, 0, {"b\xEF\xBF\xBD.json [left-out] not read: its name is not valid UTF-8"}},
         {{{"1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/x.json", "{}"}}, check, 0, {"1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17 [left-out] not read: it lies below the depth limit of the walk"}},
         {{{"h/p.zip!readme.txt", "notes"}}, check, 0, {"h/p.zip [no-catalogue] the package holds no catalogue read under the checked locales"}},
-        // Every locale and format of check, --strict, and what list and coverage say of what is not read.
         {locales, "check --format json", 1, {"@check_all.json"}},
         {locales, "check --format json --locale ja_JP", 0, {"@check_ja_JP.json"}},
         {errorAndWarning, "check --locale ja_JP", 1, {"@check_ja_JP.txt"}},
         {{{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}}, "check --locale ja_JP --strict", 1, {}},
         {kSarif, "check --format sarif", 1, {"@check.sarif"}},
-        {skipped, "list --locale ja_JP", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
-        {skipped, "list --locale en_US", 0, {"exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}},
-        {skipped, "list --locale ja_JP --json", 0, {"!skipped"}},
+    };
+    // clang-format on
+    expectRows(cases);
+}
+
+// What coverage counts, and what it says of what is not read.
+TEST_F(Exampledoc, Coverage) {
+    // clang-format off
+    const Files coverage = {{"h/ex.json", catalogueText("h", "en_US", {{"a", ""}, {"b", ""}, {"c", ""}})}, {"h/ex_ja_JP.json", catalogueText("h", "ja_JP", {{"a", ""}, {"x", ""}})},
+                            {"g/p.zip!g.json", catalogueText("g", "en_US", {{"a", ""}})}, {"g/p.zip!g_zh_CN.json", catalogueText("g", "zh_CN", {{"a", ""}})}, {"g/bad_ko_KR.json", "{"}};
+    const zwtest::ToolCase cases[] = {
+        {{}, "coverage --format sarif", 2, {"exampledoc coverage: --format: sarif not in"}},
         {coverage, "coverage --format json", 0, {"@coverage.json", "exampledoc coverage: 1 catalogue or package is not read; 'exampledoc check' tells why\n"}},
         {coverage, "coverage --locale ja_JP", 0, {"@coverage_ja_JP.txt"}},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        zwtest::expectTool(c);
-    }
+    expectRows(cases);
 }
 
 TEST_F(Exampledoc, SarifFollowsTheSchema) {

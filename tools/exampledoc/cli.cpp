@@ -216,6 +216,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     if (const Slip slip = unknownWord(*line, args); !slip.message.empty()) {
         return usage(err, slip.command, slip.message);
     }
+    // CLI11 takes a vector of words last word first, so that it can pop each from the back.
     std::vector<std::string> reversed(args.rbegin(), args.rend());
     try {
         line->app.parse(reversed);

@@ -9,12 +9,10 @@ namespace reference::docparser {
 const char16_t DocResourceParser::ParsingTools::kLocaleSeparator = u'_';
 
 std::vector<std::u16string> DocResourceParser::ParsingTools::getSupportedDocLocales() {
-    zwhost::fault::point("ParsingTools::getSupportedDocLocales");
     return zwhost::settings::supportedDocLocales();
 }
 
 std::u16string DocResourceParser::ParsingTools::getCurrentLocale() {
-    zwhost::fault::point("ParsingTools::getCurrentLocale");
     return zwhost::settings::currentLocale();
 }
 

@@ -35,7 +35,6 @@ zcos::COSObject& objectAt(const zxArray_tag* array, unsigned long index) {
 } // namespace
 
 const zcos::COSClient* COSGetPublicClient() {
-    zwhost::fault::point("COSGetPublicClient");
     return &kPublicClient;
 }
 
@@ -64,7 +63,6 @@ void omSetArrayElement(zxArray_tag* array, unsigned long index, const zcos::COSI
 }
 
 zcos::COSInterfacePtr omGetArrayElement(const zxArray_tag* array, unsigned long index) {
-    zwhost::fault::point("omGetArrayElement");
     return zcos::COSInterfacePtr(&objectAt(array, index));
 }
 
@@ -85,7 +83,6 @@ omConstructObjectWithClient(const zcos::COSInternedBase<zcos::internal::IdEmptyP
 }
 
 const zxArray_tag* omGetUnderlyingArray(const zxArray_tag* array) {
-    zwhost::fault::point("omGetUnderlyingArray");
     if (array->realData != nullptr) {
         return array;
     }
@@ -98,7 +95,6 @@ const zxArray_tag* omGetUnderlyingArray(const zxArray_tag* array) {
 }
 
 std::uint64_t omGetNumberOfElementsInUnderlyingArray(const zxArray_tag* array) {
-    zwhost::fault::point("omGetNumberOfElementsInUnderlyingArray");
     if (array->classID == zxOBJECT_CLASS && array->objects.size() == 1 && array->objects.front()) {
         if (const zxArray_tag* underlying = objectAt(array, 0).underlyingArray()) {
             return zxGetNumberOfElements(underlying);

@@ -120,7 +120,6 @@ zxArray_tag* do_create_uninitnumeric(cppcompat::detail::span::span<unsigned long
 namespace noninlined::zx_array_api {
 
 void zxSetArrayScope(zxArray_tag* array, zxVariableScope scope) {
-    zwhost::fault::point("zxSetArrayScope");
     array->scope = scope;
 }
 

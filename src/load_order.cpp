@@ -1,7 +1,12 @@
-// Objects defined in one translation unit are built in the order of their definitions and
-// destroyed in reverse, so the load order below holds whatever the link order is.
+// Every object the library builds at load, in the order it builds them: the catalogue keys, the
+// logger, the path separator, the root suffix, and last the kind table. They share this one
+// translation unit because only within one is the order of construction the order of definition
+// (and destruction its reverse) whatever the link order; their declarations live by meaning with
+// the code that uses them.
 
-#include "static_objects.hpp"
+#include "catalogue/catalogue_keys.hpp"
+#include "catalogue/example_root_objects.hpp"
+#include "model/example_type_table.hpp"
 
 #include <iterator>
 #include <utility>
