@@ -1,6 +1,6 @@
 # Install rules and the package that other projects find: the library, the host platform's
-# libraries, the public headers, the tool with its manual page and completion, the licence and
-# the sample documentation tree.
+# libraries, the public headers, the tool with its manual page and completion, the licence, the
+# JSON Schemas and the sample documentation tree.
 include(CMakePackageConfigHelpers)
 
 set(ZW_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ExampleDocParser")
@@ -20,6 +20,11 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/" "${PROJECT_SOURCE_DIR}/host/i
   DESTINATION "${ZW_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.hpp")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DATADIR}/exampledocparser")
+# The schemas of the catalogue format and of the tool's JSON, for editors and scripts: the very
+# files that the tool's 'schema' command prints.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/tools/exampledoc/schemas/"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/exampledocparser"
+  FILES_MATCHING PATTERN "*.schema.json")
 install(DIRECTORY "${ZW_SAMPLE_DOCROOT}/"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/${ZW_SAMPLE_DOCROOT_INSTALL_DIR}")
 

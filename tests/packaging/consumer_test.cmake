@@ -60,6 +60,13 @@ if(MODE STREQUAL "install")
     if(NOT output MATCHES "${docroot}")
       message(FATAL_ERROR "the installed tool does not read the installed sample tree:\n${output}")
     endif()
+    # What 'exampledoc schema' prints is the installed file, byte for byte.
+    foreach(schema IN ITEMS catalogue list check coverage)
+      execute_process(COMMAND "${prefix}/${BINDIR}/exampledoc" schema --of ${schema}
+        OUTPUT_FILE "${WORK_DIR}/${schema}.printed" COMMAND_ERROR_IS_FATAL ANY)
+      run("${CMAKE_COMMAND}" -E compare_files "${WORK_DIR}/${schema}.printed"
+        "${prefix}/${DATADIR}/exampledocparser/${schema}.schema.json")
+    endforeach()
   endif()
 
   if(PKG_CONFIG)

@@ -251,7 +251,7 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
         completed[(*it)[1].str()] = Names(std::istream_iterator<std::string>(words), {});
     }
     EXPECT_EQ(completed, expected);
-    EXPECT_NE(completion.find("commands=\"check coverage help list show\""), std::string::npos);
+    EXPECT_NE(completion.find("commands=\"check coverage help list schema show\""), std::string::npos);
 }
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.hpp"
+#include "schema_command.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -103,6 +104,14 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
     coverage->add_option("--format", options.format, "text or json")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json"}));
+
+    CLI::App* schema =
+        add("schema", "the JSON Schema of the catalogue format, or of the JSON of list, check or coverage",
+            schemaCommand);
+    schema->add_option("--of", options.of, "catalogue (the default), list, check or coverage")
+        ->type_name("WHAT")
+        ->check(CLI::IsMember(schemaNames()));
+    schema->footer("The same files are installed in share/exampledocparser, named WHAT.schema.json.");
 
     line->help = app.add_subcommand("help", "the help of a command");
     line->help->add_option("COMMAND", line->helpTopic, "the command");
@@ -255,7 +264,10 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     options.color = wantsColor(line->color, outIsTerminal);
     int status = 0;
     try {
-        checkEnvironmentLocale(options, err);
+        // The schemas are the same under every locale.
+        if (command->function != schemaCommand) {
+            checkEnvironmentLocale(options, err);
+        }
         status = command->function(options, out, err);
     } catch (const UsageError& error) {
         return usage(err, name, error.what());

@@ -22,4 +22,8 @@ int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
     localised, which are missing and which localised ids are orphans, as text or JSON; 0. */
 int coverageCommand(const Options& options, std::ostream& out, std::ostream& err);
 
+/** Prints the JSON Schema of the catalogue format, or of the JSON of list, check or coverage
+    (--of); 0. */
+int schemaCommand(const Options& options, std::ostream& out, std::ostream& err);
+
 } // namespace exampledoc

@@ -4,7 +4,7 @@ _exampledoc() {
     local cur prev words cword
     _init_completion -s || return
 
-    local commands="check coverage help list show"
+    local commands="check coverage help list schema show"
     local command="" i
     for ((i = 1; i < cword; i++)); do
         case "${words[i]}" in
@@ -30,6 +30,7 @@ _exampledoc() {
                 COMPREPLY=($(compgen -W "text json" -- "$cur"))
             fi
             return ;;
+        --of) COMPREPLY=($(compgen -W "catalogue list check coverage" -- "$cur")); return ;;
         --folder) return ;;
     esac
     $split && return
@@ -40,7 +41,8 @@ _exampledoc() {
         show) opts="--help --root --locale --color" ;;
         check) opts="--help --root --locale --color --format --strict" ;;
         coverage) opts="--help --root --locale --color --format" ;;
-        help) COMPREPLY=($(compgen -W "list show check coverage" -- "$cur")); return ;;
+        schema) opts="--help --root --locale --color --of" ;;
+        help) COMPREPLY=($(compgen -W "list show check coverage schema" -- "$cur")); return ;;
         *) return ;;
     esac
     if [[ $cur == -* ]]; then

@@ -23,6 +23,7 @@ struct Options {
     std::vector<std::string> folders;  // list: only these help folders
     std::optional<std::string> kind;   // list: only examples of this kind
     std::vector<std::string> operands; // list: id globs; show: the id
+    std::string of = "catalogue";      // schema: whose schema to print
 };
 
 /** Applies --locale and --root to the host settings and the library, and gives the example root
