@@ -6,8 +6,8 @@
 
 #include "check_rules.hpp"
 #include "example/docparser/example_type.hpp"
+#include "model/example_type_table.hpp"
 #include "schema_command.hpp"
-#include "static_objects.hpp"
 
 namespace {
 
