@@ -22,4 +22,8 @@ int checkCommand(const Options& options, std::ostream& out, std::ostream& err);
     localised, which are missing and which localised ids are orphans, as text or JSON; 0. */
 int coverageCommand(const Options& options, std::ostream& out, std::ostream& err);
 
+/** Writes the gallery of each locale (or of --locale) as HTML pages with an index into --out, with
+    the thumbnails they show; 1 if a page cannot be written. */
+int previewCommand(const Options& options, std::ostream& out, std::ostream& err);
+
 } // namespace exampledoc

@@ -4,7 +4,7 @@ _exampledoc() {
     local cur prev words cword
     _init_completion -s || return
 
-    local commands="check coverage help list show"
+    local commands="check coverage help list preview show"
     local command="" i
     for ((i = 1; i < cword; i++)); do
         case "${words[i]}" in
@@ -19,7 +19,7 @@ _exampledoc() {
     fi
 
     case "$prev" in
-        --root) _filedir -d; return ;;
+        --root | --out) _filedir -d; return ;;
         --locale) COMPREPLY=($(compgen -W "en_US ja_JP ko_KR zh_CN" -- "$cur")); return ;;
         --color) COMPREPLY=($(compgen -W "auto always never" -- "$cur")); return ;;
         --kind) COMPREPLY=($(compgen -W "Live_Script Script Model Example Chart App Unknown" -- "$cur")); return ;;
@@ -40,7 +40,8 @@ _exampledoc() {
         show) opts="--help --root --locale --color" ;;
         check) opts="--help --root --locale --color --format --strict" ;;
         coverage) opts="--help --root --locale --color --format" ;;
-        help) COMPREPLY=($(compgen -W "list show check coverage" -- "$cur")); return ;;
+        preview) opts="--help --root --locale --color --out --force" ;;
+        help) COMPREPLY=($(compgen -W "list show check coverage preview" -- "$cur")); return ;;
         *) return ;;
     esac
     if [[ $cur == -* ]]; then

@@ -23,6 +23,8 @@ struct Options {
     std::vector<std::string> folders;  // list: only these help folders
     std::optional<std::string> kind;   // list: only examples of this kind
     std::vector<std::string> operands; // list: id globs; show: the id
+    std::optional<std::string> out;    // preview: the folder of the pages
+    bool force = false;                // preview: replace the pages of an earlier preview
 };
 
 /** Applies --locale and --root to the host settings and the library, and gives the example root
