@@ -1,9 +1,9 @@
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <algorithm>
-#include <functional>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <set>
 #include <system_error>
@@ -42,8 +42,9 @@ void placeFindings(const CheckReport& report, const std::string& locale, Preview
     for (const Finding& finding : report.findings) {
         const auto found = files.find(finding.file);
         const CheckedFile* file = found == files.end() ? nullptr : found->second;
-        const bool readHere = file == nullptr || file->english || file->locales.empty() ||
-                              std::find(file->locales.begin(), file->locales.end(), locale) != file->locales.end();
+        const bool readHere =
+            file == nullptr || file->english || file->locales.empty() ||
+            std::find(file->locales.begin(), file->locales.end(), locale) != file->locales.end();
         if (!readHere) {
             continue;
         }
@@ -99,7 +100,8 @@ void writeFile(const fs::path& file, const std::function<void(std::ostream&)>& w
     }
     if (!stream) {
         const int error = errno;
-        throw WriteError("cannot write " + file.string() + (error != 0 ? std::string(": ") + std::strerror(error) : ""));
+        throw WriteError("cannot write " + file.string() +
+                         (error != 0 ? std::string(": ") + std::strerror(error) : ""));
     }
 }
 
@@ -143,11 +145,12 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
     claimOutput(out, localeNames, options.force);
 
     LocalisedIds localised;
-    const CheckReport report = checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
-        if (!locale.empty()) {
-            localised[{locale, facts.helpFolder}].insert(facts.ids.begin(), facts.ids.end());
-        }
-    });
+    const CheckReport report =
+        checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
+            if (!locale.empty()) {
+                localised[{locale, facts.helpFolder}].insert(facts.ids.begin(), facts.ids.end());
+            }
+        });
     const fs::path docRoot = documentationRoot(scope.root);
     ThumbnailCopies thumbnails(docRoot, out);
     PreviewIndex index;
@@ -175,7 +178,8 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
                 const bool folderExists = hasDocumentationFolder(docRoot, helpFolder);
                 const auto ids = localised.find({locale, helpFolder});
                 for (const auto& [id, items] : catalogue.items) {
-                    const bool untranslated = !english && (ids == localised.end() || ids->second.count(id) == 0);
+                    const bool untranslated =
+                        !english && (ids == localised.end() || ids->second.count(id) == 0);
                     for (const auto& item : items) {
                         PreviewCard& card = section.cards.emplace_back();
                         card.id = id;
@@ -199,11 +203,14 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
         err << "exampledoc preview: " << error.what() << '\n';
         return 1;
     }
-    err << "exampledoc preview: wrote " << pageLocales.size() << (pageLocales.size() == 1 ? " page" : " pages")
-        << " and an index to " << out.string() << "/; open " << (out / "index.html").string() << '\n';
+    err << "exampledoc preview: wrote " << pageLocales.size()
+        << (pageLocales.size() == 1 ? " page" : " pages") << " and an index to " << out.string() << "/; open "
+        << (out / "index.html").string() << '\n';
     if (!missing.empty()) {
-        err << "exampledoc preview: " << missing.size() << (missing.size() == 1 ? " thumbnail is" : " thumbnails are")
-            << " missing; 'exampledoc check' names them where the help folder's documentation folder exists\n";
+        err << "exampledoc preview: " << missing.size()
+            << (missing.size() == 1 ? " thumbnail is" : " thumbnails are")
+            << " missing; 'exampledoc check' names them where the help folder's documentation folder "
+               "exists\n";
     }
     return 0;
 }

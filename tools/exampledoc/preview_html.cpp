@@ -86,8 +86,8 @@ void writeNavigation(std::ostream& out, const std::vector<std::string>& locales,
     out << "<nav><a href=\"index.html\"" << (current.empty() ? " aria-current=\"page\"" : "")
         << ">Overview</a>";
     for (const std::string& locale : locales) {
-        out << "<a href=\"" << percentEncodePath(locale) << ".html\"" << (locale == current ? " aria-current=\"page\"" : "")
-            << ">" << escapeHtml(locale) << "</a>";
+        out << "<a href=\"" << percentEncodePath(locale) << ".html\""
+            << (locale == current ? " aria-current=\"page\"" : "") << ">" << escapeHtml(locale) << "</a>";
     }
     out << "</nav>\n";
 }
@@ -134,9 +134,10 @@ void writeCard(std::ostream& out, const PreviewCard& card) {
     } else {
         out << "<div class=\"thumb\"><img src=\"" << escapeHtml(card.thumbnailUrl) << "\" alt=\"\"></div>";
     }
-    out << "<div class=\"body\"><p class=\"tags\"><span class=\"kind\">" << escapeHtml(kindLabel(item.getExampleType()))
-        << "</span>" << (card.untranslated ? "<span class=\"flag\">English only: not translated</span>" : "")
-        << "</p><h3>" << escaped(item.getTitle()) << "</h3><p class=\"id\">" << escaped(card.id) << "</p>";
+    out << "<div class=\"body\"><p class=\"tags\"><span class=\"kind\">"
+        << escapeHtml(kindLabel(item.getExampleType())) << "</span>"
+        << (card.untranslated ? "<span class=\"flag\">English only: not translated</span>" : "") << "</p><h3>"
+        << escaped(item.getTitle()) << "</h3><p class=\"id\">" << escaped(card.id) << "</p>";
     if (!item.getDescription().empty()) {
         out << "<p class=\"desc\">" << escaped(item.getDescription()) << "</p>";
     }
@@ -150,7 +151,8 @@ void writeCard(std::ostream& out, const PreviewCard& card) {
         // Shown as text: the documentation they name is not part of the preview.
         out << "<dt>Links</dt><dd><ul>";
         for (const auto& link : item.getDocIDLinks()) {
-            out << "<li>" << escaped(link.getTarget()) << " <code>" << escaped(link.getDocID()) << "</code></li>";
+            out << "<li>" << escaped(link.getTarget()) << " <code>" << escaped(link.getDocID())
+                << "</code></li>";
         }
         out << "</ul></dd>";
     }
@@ -237,12 +239,13 @@ void writePreviewPage(std::ostream& out, const PreviewPage& page) {
         total.add(countsOf(section));
     }
     writeStart(out, htmlLanguage(page.locale), "Examples: " + page.locale);
-    out << "<header class=\"top\"><h1>Examples as readers of " << escapeHtml(page.locale) << " see them</h1><p>"
-        << plural(total.examples, "example", "examples") << " in "
-        << plural(page.sections.size(), "help folder", "help folders") << "; <span data-count=\"untranslated\">"
-        << plural(total.untranslated, "example", "examples") << " shown in English</span>; "
-        << "<span data-count=\"missing-thumbnails\">" << plural(total.missingThumbnails, "thumbnail", "thumbnails")
-        << " missing</span></p>\n";
+    out << "<header class=\"top\"><h1>Examples as readers of " << escapeHtml(page.locale)
+        << " see them</h1><p>" << plural(total.examples, "example", "examples") << " in "
+        << plural(page.sections.size(), "help folder", "help folders")
+        << "; <span data-count=\"untranslated\">" << plural(total.untranslated, "example", "examples")
+        << " shown in English</span>; "
+        << "<span data-count=\"missing-thumbnails\">"
+        << plural(total.missingThumbnails, "thumbnail", "thumbnails") << " missing</span></p>\n";
     writeNavigation(out, page.locales, page.locale);
     out << "</header>\n<main>\n";
     if (!page.otherFindings.empty()) {
@@ -256,8 +259,8 @@ void writePreviewPage(std::ostream& out, const PreviewPage& page) {
     for (const PreviewSection& section : page.sections) {
         const auto& header = *section.header;
         out << "<section class=\"folder\" id=\"" << sectionAnchor(section.helpFolder) << "\"><h2>"
-            << escaped(section.helpFolder) << "</h2><p class=\"catalogue\">" << escaped(header.getProduct()) << ' '
-            << escaped(header.getVersion()) << " · locale " << escaped(header.getLocale()) << " · "
+            << escaped(section.helpFolder) << "</h2><p class=\"catalogue\">" << escaped(header.getProduct())
+            << ' ' << escaped(header.getVersion()) << " · locale " << escaped(header.getLocale()) << " · "
             << plural(section.cards.size(), "example", "examples");
         if (section.untranslated != 0) {
             out << " · " << section.untranslated << " in English";

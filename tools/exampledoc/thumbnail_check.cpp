@@ -25,8 +25,8 @@ std::optional<std::string> plainRelativePath(const std::u16string& path) {
     std::size_t start = 0;
     while (true) {
         const std::size_t slash = text.find('/', start);
-        const std::string_view name =
-            std::string_view(text).substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        const std::string_view name = std::string_view(text).substr(
+            start, slash == std::string::npos ? std::string::npos : slash - start);
         if (name.empty() || name == "." || name == "..") {
             return std::nullopt;
         }
@@ -88,7 +88,8 @@ void checkThumbnails(const fs::path& docRoot, const std::u16string& helpFolder, 
     for (const auto& [id, items] : catalogues.begin()->second.items) {
         for (const auto& item : items) {
             const Thumbnail thumbnail = findThumbnail(docRoot, helpFolder, item.getThumbnail());
-            if (thumbnail.state != Thumbnail::State::Missing && thumbnail.state != Thumbnail::State::Refused) {
+            if (thumbnail.state != Thumbnail::State::Missing &&
+                thumbnail.state != Thumbnail::State::Refused) {
                 continue;
             }
             Finding finding;

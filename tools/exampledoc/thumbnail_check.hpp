@@ -25,9 +25,9 @@ bool hasDocumentationFolder(const std::filesystem::path& docRoot, const std::u16
 /** What a catalogue's thumbnail names. */
 struct Thumbnail {
     enum class State { Found, Missing, Refused, None };
-    State state = State::None;   // None for an empty thumbnail; Refused for no plain relative path
-    std::string relative;        // "<helpFolder>/<thumbnail>" unless Refused or None
-    std::filesystem::path file;  // the regular file inside the documentation folder, when Found
+    State state = State::None;  // None for an empty thumbnail; Refused for no plain relative path
+    std::string relative;       // "<helpFolder>/<thumbnail>" unless Refused or None
+    std::filesystem::path file; // the regular file inside the documentation folder, when Found
 };
 
 /** Looks for the thumbnail `thumbnail` of `helpFolder` under `docRoot`. A name that leads out of
