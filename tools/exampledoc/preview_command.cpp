@@ -163,6 +163,9 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
             // Under English every example is in its own language; only supported locales translate.
             const bool english =
                 std::find(scope.docLocales.begin(), scope.docLocales.end(), locale) == scope.docLocales.end();
+            if (english) {
+                index.english = name;
+            }
             zwhost::settings::setCurrentLocale(locale);
             const auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
             PreviewPage page;

@@ -37,7 +37,7 @@ section.folder>h2{margin:0;font-size:1.2rem}
 .cards{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(100%,270px),1fr));gap:16px}
 .card{background:var(--card);border:1px solid var(--line);border-radius:10px;overflow:hidden;display:flex;flex-direction:column;box-shadow:0 1px 2px rgba(20,30,50,.06)}
 .card[data-untranslated]{border:2px dashed #d99a2b;background:#fffcf5}
-.thumb{aspect-ratio:4/3;background:#e9ecf2;display:flex;align-items:center;justify-content:center;flex-direction:column;gap:4px;color:var(--muted);font-size:.8rem;text-align:center;padding:8px;overflow:hidden}
+.thumb{aspect-ratio:16/10;background:#e9ecf2;display:flex;align-items:center;justify-content:center;flex-direction:column;gap:4px;color:var(--muted);font-size:.8rem;text-align:center;padding:8px;overflow:hidden}
 .thumb img{width:100%;height:100%;object-fit:cover;display:block}
 .thumb:has(img){padding:0}
 .thumb.missing{background:repeating-linear-gradient(45deg,#eef0f4,#eef0f4 10px,#e4e7ee 10px,#e4e7ee 20px)}
@@ -293,8 +293,13 @@ void writePreviewIndex(std::ostream& out, const PreviewIndex& index) {
         const std::size_t translated = counts.examples - counts.untranslated;
         const std::size_t percent = counts.examples == 0 ? 100 : translated * 100 / counts.examples;
         out << "<td><a href=\"" << percentEncodePath(locale) << ".html" << anchor << "\">"
-            << plural(counts.examples, "example", "examples") << "</a><br>" << translated << " translated ("
-            << percent << "%)<div class=\"meter\"><span style=\"width:" << percent << "%\"></span></div>";
+            << plural(counts.examples, "example", "examples") << "</a><br>";
+        if (locale == index.english) {
+            out << "the English catalogues<br>";
+        } else {
+            out << translated << " translated (" << percent << "%)<div class=\"meter\"><span style=\"width:"
+                << percent << "%\"></span></div>";
+        }
         if (counts.missingThumbnails != 0) {
             out << plural(counts.missingThumbnails, "thumbnail", "thumbnails") << " missing<br>";
         }

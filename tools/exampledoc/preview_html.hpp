@@ -66,6 +66,7 @@ struct PreviewCounts {
 struct PreviewIndex {
     std::string root;
     std::vector<std::string> locales;
+    std::string english; // the locale whose page shows the English catalogues alone; empty for none
     std::map<std::u16string, std::map<std::string, PreviewCounts>> folders;
 };
 
