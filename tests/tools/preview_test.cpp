@@ -159,7 +159,7 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
     }
 }
 
-TEST(Preview, CheckNotesAThumbnailItsDocumentationFolderLacks) {
+TEST(Preview, CheckNotesMissingThumbnailsAndPreviewNamesWhatItCannotWrite) {
     const std::vector<zwtest::ToolCase> cases = {
         {kHostile,
          "check --format json",
@@ -170,6 +170,9 @@ TEST(Preview, CheckNotesAThumbnailItsDocumentationFolderLacks) {
           "[missing-thumbnail] thumbnail \"../../../../../etc/hostname\" is not a relative path inside h/",
           "!(c/a) [missing-thumbnail]", "!k/ex.json (c/a) [missing-thumbnail]"}},
         {{}, "check", 0, {"!missing-thumbnail"}},
+        {{}, "preview --out /dev/null", 2, {"exampledoc preview: /dev/null is not a folder"}},
+        {{}, "preview --out /dev/null/x", 1, {"exampledoc preview: cannot make the folder /dev/null/x"}},
+        {{}, "preview --locale xx_XX", 2, {"locale \"xx_XX\" has no catalogues"}},
     };
     for (const zwtest::ToolCase& c : cases) {
         zwtest::expectTool(c);

@@ -129,6 +129,11 @@ void claimOutput(const fs::path& out, const std::vector<std::string>& locales, b
     }
 }
 
+int failed(std::ostream& err, const WriteError& error) {
+    err << "exampledoc preview: " << error.what() << '\n';
+    return 1;
+}
+
 } // namespace
 
 int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& err) {
@@ -142,7 +147,11 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
         localeNames.push_back(utf16ToUtf8(locale));
     }
     const fs::path out = options.out ? fs::path(*options.out) : fs::path(kDefaultOut);
-    claimOutput(out, localeNames, options.force);
+    try {
+        claimOutput(out, localeNames, options.force);
+    } catch (const WriteError& error) {
+        return failed(err, error);
+    }
 
     LocalisedIds localised;
     const CheckReport report =
@@ -203,8 +212,7 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
         }
         writeFile(out / "index.html", [&](std::ostream& stream) { writePreviewIndex(stream, index); });
     } catch (const WriteError& error) {
-        err << "exampledoc preview: " << error.what() << '\n';
-        return 1;
+        return failed(err, error);
     }
     err << "exampledoc preview: wrote " << pageLocales.size()
         << (pageLocales.size() == 1 ? " page" : " pages") << " and an index to " << out.string() << "/; open "

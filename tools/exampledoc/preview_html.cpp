@@ -1,6 +1,7 @@
 #include "preview_html.hpp"
 
 #include <algorithm>
+#include <cctype>
 
 #include "zwhost/unicode.hpp"
 
@@ -297,8 +298,8 @@ void writePreviewIndex(std::ostream& out, const PreviewIndex& index) {
         if (locale == index.english) {
             out << "the English catalogues<br>";
         } else {
-            out << translated << " translated (" << percent << "%)<div class=\"meter\"><span style=\"width:"
-                << percent << "%\"></span></div>";
+            out << translated << " translated (" << percent
+                << "%)<div class=\"meter\"><span style=\"width:" << percent << "%\"></span></div>";
         }
         if (counts.missingThumbnails != 0) {
             out << plural(counts.missingThumbnails, "thumbnail", "thumbnails") << " missing<br>";
