@@ -104,6 +104,8 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
           {"en_US", "c\"&gt;&lt;script&gt;alert(3)&lt;/script&gt;/b"},
           {"en_US", "&lt;a href=x&gt;t&lt;/a&gt; <code>javascript:alert(5)</code>"},
           {"en_US", "&lt;iframe src=x&gt;"},
+          {"en_US", "3 thumbnails missing"},
+          {"en_US", "h/ex.json</code> thumbnail \"images/none.png\" is not there"},
           {"ja_JP", "&lt;b&gt;太字&lt;/b&gt;"},
           {"zh_CN", "乙"}},
          {"h/images/t.png"}},

@@ -56,18 +56,21 @@ void placeFindings(const CheckReport& report, const std::string& locale, Preview
     }
 }
 
-// Copies thumbnails into the output folder, each once, and gives their URLs.
+// Copies thumbnails into the output folder, each once, gives their URLs and counts the missing.
 class ThumbnailCopies {
 public:
     ThumbnailCopies(fs::path docRoot, fs::path out) : docRoot_(std::move(docRoot)), out_(std::move(out)) {}
 
-    // The URL of the copy of `item`'s thumbnail, or empty when there is none to show.
-    std::string urlOf(const std::u16string& helpFolder, bool folderExists, const std::u16string& thumbnail) {
-        if (!folderExists) {
-            return {};
+    // The URL of the copy of the thumbnail, or empty when there is none to show.
+    std::string urlOf(const std::u16string& helpFolder, const std::u16string& thumbnail) {
+        // A tree of catalogues alone has no documentation folders: one look per help folder.
+        const auto [folder, unseen] = folders_.emplace(helpFolder, false);
+        if (unseen) {
+            folder->second = hasDocumentationFolder(docRoot_, helpFolder);
         }
-        const Thumbnail found = findThumbnail(docRoot_, helpFolder, thumbnail);
+        const Thumbnail found = folder->second ? findThumbnail(docRoot_, helpFolder, thumbnail) : Thumbnail{};
         if (found.state != Thumbnail::State::Found) {
+            missing_.emplace(helpFolder, thumbnail);
             return {};
         }
         const std::string relative = std::string(kThumbnails) + '/' + found.relative;
@@ -86,11 +89,41 @@ public:
         return percentEncodePath(relative);
     }
 
+    // How many thumbnails, by help folder and name, no page could show.
+    std::size_t missing() const { return missing_.size(); }
+
 private:
     fs::path docRoot_;
     fs::path out_;
+    std::map<std::u16string, bool> folders_;
     std::set<std::string> copied_;
+    std::set<std::pair<std::u16string, std::u16string>> missing_;
 };
+
+// One help folder of a page: a card for each example the library gives, marked untranslated
+// where the locale's catalogues lack its id (null `localisedIds`: they lack all).
+PreviewSection sectionOf(const std::u16string& helpFolder,
+                         const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
+                         bool english, const std::set<std::u16string>* localisedIds,
+                         ThumbnailCopies& thumbnails) {
+    PreviewSection section;
+    section.helpFolder = helpFolder;
+    section.header = &catalogue.header;
+    for (const auto& [id, items] : catalogue.items) {
+        const bool untranslated = !english && (localisedIds == nullptr || localisedIds->count(id) == 0);
+        for (const auto& item : items) {
+            PreviewCard& card = section.cards.emplace_back();
+            card.id = id;
+            card.item = &item;
+            card.untranslated = untranslated;
+            card.thumbnail = utf16ToUtf8(item.getThumbnail());
+            card.thumbnailUrl = thumbnails.urlOf(helpFolder, item.getThumbnail());
+            section.untranslated += untranslated ? 1 : 0;
+            section.missingThumbnails += card.thumbnailUrl.empty() ? 1 : 0;
+        }
+    }
+    return section;
+}
 
 void writeFile(const fs::path& file, const std::function<void(std::ostream&)>& write) {
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
@@ -165,7 +198,6 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
     PreviewIndex index;
     index.root = utf16ToUtf8(scope.root);
     index.locales = localeNames;
-    std::set<std::pair<std::u16string, std::u16string>> missing;
     try {
         for (const std::u16string& locale : pageLocales) {
             const std::string name = utf16ToUtf8(locale);
@@ -183,29 +215,11 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
             std::map<std::u16string, std::vector<const Finding*>> findings;
             placeFindings(report, name, page, findings);
             for (const auto& [helpFolder, catalogue] : catalogues) {
-                PreviewSection& section = page.sections.emplace_back();
-                section.helpFolder = helpFolder;
-                section.header = &catalogue.header;
-                section.findings = std::move(findings[helpFolder]);
-                const bool folderExists = hasDocumentationFolder(docRoot, helpFolder);
                 const auto ids = localised.find({locale, helpFolder});
-                for (const auto& [id, items] : catalogue.items) {
-                    const bool untranslated =
-                        !english && (ids == localised.end() || ids->second.count(id) == 0);
-                    for (const auto& item : items) {
-                        PreviewCard& card = section.cards.emplace_back();
-                        card.id = id;
-                        card.item = &item;
-                        card.untranslated = untranslated;
-                        card.thumbnail = utf16ToUtf8(item.getThumbnail());
-                        card.thumbnailUrl = thumbnails.urlOf(helpFolder, folderExists, item.getThumbnail());
-                        section.untranslated += untranslated ? 1 : 0;
-                        if (card.thumbnailUrl.empty()) {
-                            ++section.missingThumbnails;
-                            missing.emplace(helpFolder, item.getThumbnail());
-                        }
-                    }
-                }
+                PreviewSection& section = page.sections.emplace_back(
+                    sectionOf(helpFolder, catalogue, english, ids == localised.end() ? nullptr : &ids->second,
+                              thumbnails));
+                section.findings = std::move(findings[helpFolder]);
                 index.folders[helpFolder][name] = countsOf(section);
             }
             writeFile(out / (name + ".html"), [&](std::ostream& stream) { writePreviewPage(stream, page); });
@@ -217,9 +231,8 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
     err << "exampledoc preview: wrote " << pageLocales.size()
         << (pageLocales.size() == 1 ? " page" : " pages") << " and an index to " << out.string() << "/; open "
         << (out / "index.html").string() << '\n';
-    if (!missing.empty()) {
-        err << "exampledoc preview: " << missing.size()
-            << (missing.size() == 1 ? " thumbnail is" : " thumbnails are")
+    if (const std::size_t missing = thumbnails.missing(); missing != 0) {
+        err << "exampledoc preview: " << missing << (missing == 1 ? " thumbnail is" : " thumbnails are")
             << " missing; 'exampledoc check' names them where the help folder's documentation folder "
                "exists\n";
     }
