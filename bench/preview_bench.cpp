@@ -47,8 +47,8 @@ void BM_PreviewAgainstListJson(benchmark::State& state) {
     const std::string locale = zwbench::kCurrentLocale;
     const std::vector<std::string> list = {"list", "--json", "--root", root, "--locale", locale};
     const std::vector<std::string> check = {"check", "--root", root, "--locale", locale};
-    const std::vector<std::string> preview = {"preview", "--root",  root, "--locale",
-                                              locale,    "--out", (work / "out").string(), "--force"};
+    const std::vector<std::string> preview = {
+        "preview", "--root", root, "--locale", locale, "--out", (work / "out").string(), "--force"};
     // Each judged by its fastest turn: other work on the machine only ever adds time.
     double listBest = std::numeric_limits<double>::infinity();
     double previewBest = listBest;
@@ -66,9 +66,10 @@ void BM_PreviewAgainstListJson(benchmark::State& state) {
     // The findings shown on the page are the check's: what it costs, the preview costs too.
     state.counters["check_ms"] = checkBest;
     if (ratio > 2.0) {
-        const std::string message = "preview takes " + std::to_string(ratio) + " times as long as list --json (" +
-                                    std::to_string(previewBest) + " ms against " + std::to_string(listBest) +
-                                    " ms; check takes " + std::to_string(checkBest) + " ms); the target is 2";
+        const std::string message = "preview takes " + std::to_string(ratio) +
+                                    " times as long as list --json (" + std::to_string(previewBest) +
+                                    " ms against " + std::to_string(listBest) + " ms; check takes " +
+                                    std::to_string(checkBest) + " ms); the target is 2";
         state.SkipWithError(message.c_str());
     }
 }
