@@ -71,11 +71,13 @@ const Files kHostile = {
      R"j("docid_links":[{"docid":"javascript:alert(5)","target":"<a href=x>t</a>"}]},)j"
      R"j({"component":"c","name":"d","title":"d","thumbnail":"../../../../../etc/hostname",)j"
      R"j("relative_path":["<iframe src=x>"]},)j"
-     R"j({"component":"c","name":"e","title":"e","thumbnail":"images/none.png"}]})j"},
+     R"j({"component":"c","name":"e","title":"e","thumbnail":"images/none.png"},)j"
+     R"j({"component":"c","name":"f","title":"f","thumbnail":"images/a b#1.png"}]})j"},
     {"h/ex_ja_JP.json", zwtest::catalogueText("h", "ja_JP", {{"a", "<b>太字</b>"}, {"x", "orphan"}})},
     {"k/ex.json", zwtest::catalogueText("k", "en_US", {{"a", "A"}, {"b", "B"}})},
     {"k/ex_zh_CN.json", zwtest::catalogueText("k", "zh_CN", {{"b", "乙"}})},
     {"../../h/images/t.png", "<copy>examples/docroot/graphics/images/SurfacePlotOfPeaks.png"},
+    {"../../h/images/a b#1.png", "<copy>examples/docroot/graphics/images/SurfacePlotOfPeaks.png"},
 };
 
 struct PreviewCase {
@@ -106,9 +108,12 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
           {"en_US", "&lt;iframe src=x&gt;"},
           {"en_US", "3 thumbnails missing"},
           {"en_US", "h/ex.json</code> thumbnail \"images/none.png\" is not there"},
+          {"en_US", "<img src=\"thumbnails/h/images/a%20b%231.png\""},
+          {"ja_JP", "6 examples · 4 in English"},
+          {"index", "2 translated (33%)"},
           {"ja_JP", "&lt;b&gt;太字&lt;/b&gt;"},
           {"zh_CN", "乙"}},
-         {"h/images/t.png"}},
+         {"h/images/t.png", "h/images/a b#1.png"}},
         {kHostile, "--locale zh_CN", {"zh_CN"}, {{"zh_CN", "乙"}}, {"h/images/t.png"}},
     };
     for (const PreviewCase& c : cases) {
