@@ -95,6 +95,8 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
          {"en_US", "ja_JP", "ko_KR", "zh_CN"},
          {{"ja_JP", "ピーク関数のサーフェスプロット"},
           {"ja_JP", "English only"},
+          {"ja_JP", "<html lang=\"ja\">"},
+          {"zh_CN", "<html lang=\"zh-CN\">"},
           {"index", "ja_JP.html#folder-graphics"}},
          {"graphics/images/SurfacePlotOfPeaks.png", "control/images/PIDTuning.png"}},
         {kHostile,
