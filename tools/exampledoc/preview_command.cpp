@@ -176,6 +176,7 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
         pageLocales.insert(pageLocales.begin(), u"en_US");
     }
     std::vector<std::string> localeNames;
+    localeNames.reserve(pageLocales.size());
     for (const std::u16string& locale : pageLocales) {
         localeNames.push_back(utf16ToUtf8(locale));
     }

@@ -124,7 +124,7 @@ void writeList(std::ostream& out, const char* label, const std::vector<std::u16s
 
 void writeCard(std::ostream& out, const PreviewCard& card) {
     const auto& item = *card.item;
-    out << "<article class=\"card\" data-example-id=\"" << escaped(card.id) << '"'
+    out << R"(<article class="card" data-example-id=")" << escaped(card.id) << '"'
         << (card.untranslated ? " data-untranslated" : "") << '>';
     if (card.thumbnailUrl.empty()) {
         out << "<div class=\"thumb missing\" data-missing-thumbnail><span>No thumbnail</span>";
@@ -133,9 +133,9 @@ void writeCard(std::ostream& out, const PreviewCard& card) {
         }
         out << "</div>";
     } else {
-        out << "<div class=\"thumb\"><img src=\"" << escapeHtml(card.thumbnailUrl) << "\" alt=\"\"></div>";
+        out << R"(<div class="thumb"><img src=")" << escapeHtml(card.thumbnailUrl) << R"(" alt=""></div>)";
     }
-    out << "<div class=\"body\"><p class=\"tags\"><span class=\"kind\">"
+    out << R"(<div class="body"><p class="tags"><span class="kind">)"
         << escapeHtml(kindLabel(item.getExampleType())) << "</span>"
         << (card.untranslated ? "<span class=\"flag\">English only: not translated</span>" : "") << "</p><h3>"
         << escaped(item.getTitle()) << "</h3><p class=\"id\">" << escaped(card.id) << "</p>";
@@ -259,7 +259,7 @@ void writePreviewPage(std::ostream& out, const PreviewPage& page) {
     }
     for (const PreviewSection& section : page.sections) {
         const auto& header = *section.header;
-        out << "<section class=\"folder\" id=\"" << sectionAnchor(section.helpFolder) << "\"><h2>"
+        out << R"(<section class="folder" id=")" << sectionAnchor(section.helpFolder) << R"("><h2>)"
             << escaped(section.helpFolder) << "</h2><p class=\"catalogue\">" << escaped(header.getProduct())
             << ' ' << escaped(header.getVersion()) << " · locale " << escaped(header.getLocale()) << " · "
             << plural(section.cards.size(), "example", "examples");
@@ -298,8 +298,8 @@ void writePreviewIndex(std::ostream& out, const PreviewIndex& index) {
         if (locale == index.english) {
             out << "the English catalogues<br>";
         } else {
-            out << translated << " translated (" << percent
-                << "%)<div class=\"meter\"><span style=\"width:" << percent << "%\"></span></div>";
+            out << translated << " translated (" << percent << R"(%)<div class="meter"><span style="width:)"
+                << percent << R"(%"></span></div>)";
         }
         if (counts.missingThumbnails != 0) {
             out << plural(counts.missingThumbnails, "thumbnail", "thumbnails") << " missing<br>";
