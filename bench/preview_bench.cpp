@@ -34,13 +34,26 @@ double timeCommand(const std::vector<std::string>& args, int highest = 0) {
     return took.count();
 }
 
+// A folder of this process under the temporary folder, removed with all it holds however the run ends.
+struct WorkFolder {
+    fs::path path = fs::temp_directory_path() / ("preview_bench-" + std::to_string(::getpid()));
+    WorkFolder() = default;
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+    ~WorkFolder() {
+        std::error_code error;
+        fs::remove_all(path, error);
+    }
+};
+
 void BM_PreviewAgainstListJson(benchmark::State& state) {
     const char* cache = std::getenv("ZW_BENCH_CACHE");
     const zwbench::Tree tree = zwbench::generateTree(
         cache != nullptr && *cache != '\0' ? fs::path(cache) : fs::temp_directory_path() / "docparser_bench",
         zwbench::Shape::Large20);
     // The generated tree is a folder of catalogues; the tool takes the documentation root above it.
-    const fs::path work = fs::temp_directory_path() / ("preview_bench-" + std::to_string(::getpid()));
+    const WorkFolder folder;
+    const fs::path& work = folder.path;
     fs::create_directories(work / "root/docCatalog");
     fs::create_directory_symlink(fs::absolute(tree.root), work / "root/docCatalog/exampleapi");
     const std::string root = (work / "root").string();
@@ -58,7 +71,6 @@ void BM_PreviewAgainstListJson(benchmark::State& state) {
         previewBest = std::min(previewBest, timeCommand(preview));
         checkBest = std::min(checkBest, timeCommand(check, 1));
     }
-    fs::remove_all(work);
     const double ratio = previewBest / listBest;
     state.counters["list_ms"] = listBest;
     state.counters["preview_ms"] = previewBest;
