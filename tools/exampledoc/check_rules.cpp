@@ -35,6 +35,8 @@ const std::vector<CheckRule>& checkRules() {
          "A package entry that the package leaves out, such as a second "
          "entry of one name."},
         {"no-catalogue", Severity::Note, "A package with no catalogue read under the checked locales."},
+        {"missing-thumbnail", Severity::Note,
+         "A thumbnail that its help folder's documentation folder does not hold."},
     };
     return rules;
 }

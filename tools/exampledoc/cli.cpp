@@ -113,6 +113,17 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
         ->check(CLI::IsMember(schemaNames()));
     schema->footer("The same files are installed in share/exampledocparser, named WHAT.schema.json.");
 
+    CLI::App* preview =
+        add("preview", "write each locale's gallery as HTML pages, as readers will see it", previewCommand);
+    preview
+        ->add_option_function<std::string>(
+            "--out", [&options](const std::string& value) { options.out = value; },
+            "write the pages into this folder (default: exampledoc-preview)")
+        ->type_name("DIR");
+    preview->add_flag("--force", options.force, "replace the pages of an earlier preview there");
+    preview->footer("Exit status: 0 when the pages are written, 1 if one cannot be, 2 for bad arguments "
+                    "or files in the way.");
+
     line->help = app.add_subcommand("help", "the help of a command");
     line->help->add_option("COMMAND", line->helpTopic, "the command");
     app.require_subcommand(0, 1);

@@ -26,4 +26,8 @@ int coverageCommand(const Options& options, std::ostream& out, std::ostream& err
     (--of); 0. */
 int schemaCommand(const Options& options, std::ostream& out, std::ostream& err);
 
+/** Writes the gallery of each locale (or of --locale) as HTML pages with an index into --out, with
+    the thumbnails they show; 1 if a page cannot be written. */
+int previewCommand(const Options& options, std::ostream& out, std::ostream& err);
+
 } // namespace exampledoc

@@ -4,7 +4,7 @@ _exampledoc() {
     local cur prev words cword
     _init_completion -s || return
 
-    local commands="check coverage help list schema show"
+    local commands="check coverage help list preview schema show"
     local command="" i
     for ((i = 1; i < cword; i++)); do
         case "${words[i]}" in
@@ -19,7 +19,7 @@ _exampledoc() {
     fi
 
     case "$prev" in
-        --root) _filedir -d; return ;;
+        --root | --out) _filedir -d; return ;;
         --locale) COMPREPLY=($(compgen -W "en_US ja_JP ko_KR zh_CN" -- "$cur")); return ;;
         --color) COMPREPLY=($(compgen -W "auto always never" -- "$cur")); return ;;
         --kind) COMPREPLY=($(compgen -W "Live_Script Script Model Example Chart App Unknown" -- "$cur")); return ;;
@@ -42,7 +42,8 @@ _exampledoc() {
         check) opts="--help --root --locale --color --format --strict" ;;
         coverage) opts="--help --root --locale --color --format" ;;
         schema) opts="--help --root --locale --color --of" ;;
-        help) COMPREPLY=($(compgen -W "list show check coverage schema" -- "$cur")); return ;;
+        preview) opts="--help --root --locale --color --out --force" ;;
+        help) COMPREPLY=($(compgen -W "list show check coverage schema preview" -- "$cur")); return ;;
         *) return ;;
     esac
     if [[ $cur == -* ]]; then

@@ -24,6 +24,8 @@ struct Options {
     std::optional<std::string> kind;   // list: only examples of this kind
     std::vector<std::string> operands; // list: id globs; show: the id
     std::string of = "catalogue";      // schema: whose schema to print
+    std::optional<std::string> out;    // preview: the folder of the pages
+    bool force = false;                // preview: replace the pages of an earlier preview
 };
 
 /** Applies --locale and --root to the host settings and the library, and gives the example root

@@ -10,6 +10,7 @@
 #include "check_rules.hpp"
 #include "json_position.hpp"
 #include "reference/docparser/read_zip_files.hpp"
+#include "thumbnail_check.hpp"
 #include "zwhost/product_walk.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -197,6 +198,9 @@ private:
             };
         }
         CatalogueFacts facts = checkCatalogue(text, context, report_.findings);
+        if (facts.read && !errorsOnly_) {
+            checkThumbnails(documentationRoot(root_), facts.helpFolder, text, label, report_.findings);
+        }
         if (facts.read && read_) {
             read_(locale, facts);
         }
