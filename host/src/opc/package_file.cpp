@@ -16,7 +16,7 @@ PackageFile::PackageFile(std::string path) : path_(std::move(path)), file_(path_
                                                              ": " + std::strerror(file_.error()));
     }
     size_ = file_.size();
-    // Not zero-filled: every byte kept is read. A file that shrinks meanwhile keeps what it had.
+    // A file that shrinks meanwhile keeps the bytes it still had.
     window_.resize(static_cast<std::size_t>(std::min(size_, kEndWindow)));
     window_.resize(readAt(size_ - window_.size(), window_.data(), window_.size()));
     size_ = size_ - (std::min(size_, kEndWindow) - window_.size());
