@@ -22,7 +22,6 @@ constexpr std::uint64_t kCentralHeaderSize = 46;
 constexpr std::uint64_t kEndSize = 22;
 constexpr std::uint64_t kZip64EndSize = 56;
 constexpr std::uint64_t kZip64LocatorSize = 20;
-constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
 constexpr std::uint64_t kZip64Escape = 0xFFFFFFFF;
 constexpr std::uint64_t kZip64ExtraId = 0x0001;
 constexpr std::uint64_t kUnicodePathExtraId = 0x7075;
