@@ -1,5 +1,7 @@
 #include "corpus.hpp"
 
+#include "zip_floor.hpp"
+
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -7,8 +9,6 @@
 #include <stdexcept>
 #include <string_view>
 #include <utility>
-
-#include <zip.h>
 
 namespace zwbench {
 namespace {
@@ -358,7 +358,7 @@ namespace {
 constexpr std::array<std::size_t, 8> kEnglishSizes = {2'000,   10'000,    40'000,    150'000,
                                                       500'000, 1'200'000, 2'000'000, 100'000};
 constexpr std::size_t kBaseFolders = 3 * kEnglishSizes.size();
-constexpr std::string_view kGeneratorVersion = "v1";
+constexpr std::string_view kGeneratorVersion = "v3";
 
 void writeFile(const fs::path& file, std::string_view content) {
     fs::create_directories(file.parent_path());
@@ -371,28 +371,11 @@ void writeFile(const fs::path& file, std::string_view content) {
 
 /** A deflated zip package of `entries`, in the given order. */
 void writeZip(const fs::path& file, const std::vector<std::pair<std::string, std::string>>& entries) {
-    fs::create_directories(file.parent_path());
-    int error = 0;
-    zip_t* archive = zip_open(file.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
-    if (archive == nullptr) {
-        throw std::runtime_error("cannot create " + file.string());
+    std::vector<ZipMember> members;
+    for (const auto& [name, text] : entries) {
+        members.push_back({name, text});
     }
-    for (const auto& [name, content] : entries) {
-        zip_source_t* source = zip_source_buffer(archive, content.data(), content.size(), 0);
-        const zip_int64_t index =
-            source == nullptr ? -1 : zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
-        if (index < 0) {
-            zip_source_free(source);
-            zip_discard(archive);
-            throw std::runtime_error("cannot add " + name + " to " + file.string());
-        }
-        zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), ZIP_CM_DEFLATE, 6);
-    }
-    // The sources are read here, so the contents must live until now.
-    if (zip_close(archive) != 0) {
-        zip_discard(archive);
-        throw std::runtime_error("cannot write " + file.string());
-    }
+    zwbench::writeZip(file, members);
 }
 
 std::string helpFolderName(std::size_t index) {
@@ -401,7 +384,10 @@ std::string helpFolderName(std::size_t index) {
 
 /** How a help folder's catalogues are installed: loose files, one package holding all three,
     or one package per language; or an English catalogue alone, in a package or loose. */
-enum class Form { Loose, OnePackage, PackagePerLanguage, EnglishPackage, EnglishLoose };
+enum class Form { Loose, OnePackage, PackagePerLanguage, EnglishPackage, EnglishLoose, EnglishBesideMedia };
+
+// The media file that a package of Form::EnglishBesideMedia stores beside its catalogue.
+constexpr std::uint64_t kMediaBytes = std::uint64_t{600} << 20;
 
 Form formOf(std::size_t index) {
     return static_cast<Form>(index % 3);
@@ -441,6 +427,13 @@ Layout layoutOf(Shape shape) {
         return {"packages2000", 2000, between(5'000, 40'000), always(Form::EnglishPackage)};
     case Shape::Loose2000:
         return {"loose2000", 2000, between(5'000, 40'000), always(Form::EnglishLoose)};
+    // Two packages of a 10 KB catalogue beside a 600 MiB media file, one each way round, among
+    // small loose catalogues; and the same tree with those two catalogues loose.
+    case Shape::MediaPackages:
+        return {"media", 20, between(10'000, 10'000),
+                [](std::size_t index) { return index < 2 ? Form::EnglishBesideMedia : Form::EnglishLoose; }};
+    case Shape::MediaLoose:
+        return {"medialoose", 20, between(10'000, 10'000), always(Form::EnglishLoose)};
     }
     throw std::logic_error("no such shape");
 }
@@ -503,6 +496,15 @@ Tree generateLayout(const fs::path& cache, const Layout& layout) {
         case Form::EnglishPackage:
             if (!present) {
                 writeZip(folder / (stem + ".zip"), {{stem + ".json", family.english}});
+            }
+            tree.packages.push_back({folder / (stem + ".zip"), {stem + ".json"}});
+            break;
+        case Form::EnglishBesideMedia:
+            if (!present) {
+                const ZipMember catalogue{stem + ".json", family.english};
+                const ZipMember media{"media/demo.mp4", "", kMediaBytes};
+                writeZip(folder / (stem + ".zip"),
+                         index % 2 == 0 ? std::vector{media, catalogue} : std::vector{catalogue, media});
             }
             tree.packages.push_back({folder / (stem + ".zip"), {stem + ".json"}});
             break;

@@ -46,8 +46,18 @@ Tree generateTree(const std::filesystem::path& cache, unsigned scale);
 /** The trees of installations as they are found: many help folders of small catalogues (5 to
     40 KB, half loose, a quarter one package of all languages, a quarter one package per
     language), a few of large ones (1 to 2 MB, the same mix), and English catalogues alone, each
-    in its own package or loose. */
-enum class Shape { Small400, Small800, Small1600, Large20, Packages2000, Loose2000 };
+    in its own package or loose; and 20 small English catalogues, two of them in packages beside a
+    600 MiB media file (MediaPackages) or all loose (MediaLoose). */
+enum class Shape {
+    Small400,
+    Small800,
+    Small1600,
+    Large20,
+    Packages2000,
+    Loose2000,
+    MediaPackages,
+    MediaLoose
+};
 
 /** The tree of `shape` under `cache`, written on first use and reused after. */
 Tree generateTree(const std::filesystem::path& cache, Shape shape);

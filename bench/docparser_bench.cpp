@@ -22,7 +22,6 @@
 #include <boost/json/parse.hpp>
 #include <malloc.h>
 #include <unistd.h>
-#include <zip.h>
 
 #include "allocation_counter.hpp"
 #include "catalogue/catalogue_parser.hpp"
@@ -30,6 +29,7 @@
 #include "example/docparser/doc_example_parser.hpp"
 #include "plain_records.hpp"
 #include "reference/docparser/read_json_files.hpp"
+#include "zip_floor.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -207,51 +207,18 @@ void labelTree(benchmark::State& state) {
     }
 }
 
-std::string readWholeFile(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::string bytes(fs::file_size(file), '\0');
-    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!in) {
-        throw std::runtime_error("cannot read " + file.string());
-    }
-    return bytes;
-}
-
-struct ZipClose {
-    void operator()(zip_t* archive) const { zip_discard(archive); }
-};
-
-struct EntryClose {
-    void operator()(zip_file_t* file) const { zip_fclose(file); }
-};
-
 /** Calls `use` with the text of every catalogue that a parse of `tree` reads: the entries of
-    each package through libzip, then each loose file. */
+    each package as the floor reads them, then each loose file with one read. */
 template <class Use>
 void forEachText(const zwbench::Tree& tree, Use use) {
     for (const zwbench::PackageToRead& package : tree.packages) {
-        int error = 0;
-        const std::unique_ptr<zip_t, ZipClose> archive(zip_open(package.file.c_str(), ZIP_RDONLY, &error));
-        if (!archive) {
-            throw std::runtime_error("cannot open " + package.file.string());
-        }
-        for (const std::string& name : package.entries) {
-            zip_stat_t stat;
-            if (zip_stat(archive.get(), name.c_str(), 0, &stat) != 0) {
-                throw std::runtime_error("no entry " + name + " in " + package.file.string());
-            }
-            std::string text(stat.size, '\0');
-            const std::unique_ptr<zip_file_t, EntryClose> entry(
-                zip_fopen_index(archive.get(), stat.index, 0));
-            if (!entry ||
-                zip_fread(entry.get(), text.data(), text.size()) != static_cast<zip_int64_t>(text.size())) {
-                throw std::runtime_error("cannot read " + name + " in " + package.file.string());
-            }
-            use(text);
-        }
+        const auto wanted = [&](std::string_view name) {
+            return std::find(package.entries.begin(), package.entries.end(), name) != package.entries.end();
+        };
+        zwbench::readZipFloor(package.file, wanted, [&](std::string_view, std::string&& text) { use(text); });
     }
     for (const fs::path& file : tree.looseFiles) {
-        use(readWholeFile(file));
+        use(zwbench::readWholeFile(file));
     }
 }
 
@@ -383,8 +350,8 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
 }
 
 /** The whole read done by plain code, the way a caller would write it without the library or
-    the host: a std::filesystem walk, libzip, the records of BM_BoostJsonRecords and a std::map
-    merged by the same rules (packages first, a localised catalogue over an English one). */
+    the host: a std::filesystem walk, the floor's zip reader, the records of BM_BoostJsonRecords and a
+   std::map merged by the same rules (packages first, a localised catalogue over an English one). */
 example::docparser::ExampleCatalogues readPlainly(const fs::path& root) {
     const std::string current = std::string("_") + zwbench::kCurrentLocale + ".json";
     const auto wanted = [&](const std::string& name) {
@@ -428,29 +395,12 @@ example::docparser::ExampleCatalogues readPlainly(const fs::path& root) {
     };
     const auto localised = [&](const std::string& name) { return name.ends_with(current); };
     for (const fs::path& file : packages) {
-        int error = 0;
-        const std::unique_ptr<zip_t, ZipClose> archive(zip_open(file.c_str(), ZIP_RDONLY, &error));
-        if (!archive) {
-            continue;
-        }
-        const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
-        for (zip_int64_t index = 0; index < count; ++index) {
-            zip_stat_t stat;
-            if (zip_stat_index(archive.get(), static_cast<zip_uint64_t>(index), 0, &stat) != 0 ||
-                !wanted(fs::path(stat.name).filename().string())) {
-                continue;
-            }
-            std::string text(stat.size, '\0');
-            const std::unique_ptr<zip_file_t, EntryClose> entry(
-                zip_fopen_index(archive.get(), static_cast<zip_uint64_t>(index), 0));
-            if (entry &&
-                zip_fread(entry.get(), text.data(), text.size()) == static_cast<zip_int64_t>(text.size())) {
-                merge(text, localised(stat.name));
-            }
-        }
+        zwbench::readZipFloor(
+            file, [&](std::string_view name) { return wanted(fs::path(name).filename().string()); },
+            [&](std::string_view name, std::string&& text) { merge(text, localised(std::string(name))); });
     }
     for (const fs::path& file : loose) {
-        merge(readWholeFile(file), localised(file.filename().string()));
+        merge(zwbench::readWholeFile(file), localised(file.filename().string()));
     }
     return result;
 }
@@ -471,7 +421,7 @@ void BM_PlainReader(benchmark::State& state) {
 
 /** The arguments of the realistic trees. */
 void shapes(benchmark::internal::Benchmark* benchmark) {
-    for (std::int64_t shape = 0; shape <= static_cast<std::int64_t>(zwbench::Shape::Loose2000); ++shape) {
+    for (std::int64_t shape = 0; shape <= static_cast<std::int64_t>(zwbench::Shape::MediaLoose); ++shape) {
         benchmark->Arg(kFirstShape + shape);
     }
 }

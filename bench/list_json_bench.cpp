@@ -1,7 +1,6 @@
 // The memory that 'exampledoc list --json' holds at once, against the catalogue bytes it reads.
 
-#include <zip.h>
-
+#include <algorithm>
 #include <cstdlib>
 #include <ostream>
 
@@ -10,6 +9,7 @@
 #include "allocation_counter.hpp"
 #include "corpus.hpp"
 #include "json_output.hpp"
+#include "zip_floor.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace {
@@ -39,17 +39,11 @@ std::uint64_t bytesRead(const zwbench::Tree& tree) {
         bytes += fs::file_size(file);
     }
     for (const zwbench::PackageToRead& package : tree.packages) {
-        int error = 0;
-        zip_t* archive = zip_open(package.file.c_str(), ZIP_RDONLY, &error);
-        for (const std::string& name : package.entries) {
-            zip_stat_t stat;
-            if (archive != nullptr && zip_stat(archive, name.c_str(), 0, &stat) == 0) {
-                bytes += stat.size;
-            }
-        }
-        if (archive != nullptr) {
-            zip_discard(archive);
-        }
+        const auto wanted = [&](std::string_view name) {
+            return std::find(package.entries.begin(), package.entries.end(), name) != package.entries.end();
+        };
+        zwbench::readZipFloor(package.file, wanted,
+                              [&](std::string_view, std::string&& text) { bytes += text.size(); });
     }
     return bytes;
 }

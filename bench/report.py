@@ -18,7 +18,8 @@ FAMILIES = ["BM_RawBoostJsonParse", "BM_ParseExampleCatalogue", "BM_OwnedStrings
 # The realistic trees, by their benchmark argument (zwbench::Shape from 100 on), and whether the
 # full call is held to 1.25 times the floor with strings on them.
 SHAPES = {"100": ("small400", True), "101": ("small800", True), "102": ("small1600", True),
-          "103": ("large20", True), "104": ("packages2000", False), "105": ("loose2000", False)}
+          "103": ("large20", True), "104": ("packages2000", True), "105": ("loose2000", False),
+          "106": ("media", False), "107": ("medialoose", False)}
 
 
 def order(name):
@@ -107,6 +108,10 @@ def main() -> int:
             calls, catalogues, allocator = syscalls[arg]
             check(f"system calls per catalogue, the allocator's apart ({shape})",
                   lambda: (calls - allocator) / catalogues, "<=", 8.0)
+    # Two packages that hold a 600 MiB media file beside their catalogue cost what those catalogues
+    # cost loose.
+    check("full call with media packages / with their catalogues loose",
+          lambda: millis("BM_GetDocExampleFiles/106") / millis("BM_GetDocExampleFiles/107"), "<=", 1.25)
     for low, high in (("1", "2"), ("2", "4")):
         check(f"full call time {high}x / {low}x",
               lambda: millis(f"BM_GetDocExampleFiles/{high}") / millis(f"BM_GetDocExampleFiles/{low}"), "<=", 2.2)

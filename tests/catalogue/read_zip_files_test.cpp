@@ -68,13 +68,25 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndBadOnesCostOnlyThem
     }
 }
 
-// A failure at each host call is swept by the fault sweep; this shows the storage is set up once.
-TEST_F(ReadZipFiles, StorageIsSetUpOncePerCall) {
-    const zwhost::fault::Scope faults;
-    EXPECT_EQ(read({{"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}},
-                    {"b", {{"b.json", catalogueText("h", "en", {{"b", "B"}})}}}}),
-              "h(en): c/a=A c/b=B\n");
-    EXPECT_EQ(zwhost::fault::callsOf("GetStorageSystemReference"), 1U);
+// The storage is set up once per call, before any package and outside their guards: a failure
+// there ends the call, with or without packages, and no later package sets it up again.
+TEST_F(ReadZipFiles, StorageIsSetUpOnceBeforeAnyPackage) {
+    // clang-format off
+    const struct { std::vector<Package> packages; std::uint64_t failingCall; const char* read; } cases[] = {
+        {{}, 1, nullptr},
+        {{{"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}}}, 1, nullptr},
+        {{{"a", {{"a.json", catalogueText("h", "en", {{"a", "A"}})}}}, {"b", {{"b.json", catalogueText("h", "en", {{"b", "B"}})}}}}, 2, "h(en): c/a=A c/b=B\n"},
+    };
+    // clang-format on
+    for (const auto& test : cases) {
+        const zwhost::fault::Scope faults;
+        zwhost::fault::failOn("GetStorageSystemReference", test.failingCall);
+        if (test.read == nullptr) {
+            EXPECT_THROW(read(test.packages), zwhost::fault::InjectedFault);
+        } else {
+            EXPECT_EQ(read(test.packages), test.read);
+        }
+    }
 }
 
 } // namespace

@@ -66,9 +66,13 @@ TEST(PackageServices, ListsFileLeavesInDirectoryOrderAndReadsThemToTheLimit) {
     const auto unicodePath = [](std::uint32_t crc, const std::string& name) {
         return pack("22", {0x7075, 5 + name.size()}) + pack("14", {1, crc}) + name;
     };
+    // A field made for another name is ignored, whatever it holds; names are one name when they
+    // read the same, a code page 437 name and its UTF-8 twin too.
     // clang-format off
-    const std::vector<ZipRecord> names = {{.name = "\x80" "caf\x82.json", .flags = 0}, {.name = "caf\xC3\xA9.json", .flags = 0}, {.name = "a.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "b/\xC3\xBC.json")}, {.name = "c.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "d.json")}};
-    EXPECT_THAT(OpenPackage(dir.write("names.zip", zipOf(names))).manager.getAllLeafs(), ElementsAre(Property(&Leaf::getPath, u"Çcafé.json"), Property(&Leaf::getPath, u"café.json"), Property(&Leaf::getPath, u"b/ü.json"), Property(&Leaf::getPath, u"c.json")));
+    const std::vector<ZipRecord> names = {{.name = "\x80" "caf\x82.json", .flags = 0}, {.name = "caf\xC3\xA9.json", .flags = 0}, {.name = "a.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "b/\xC3\xBC.json")}, {.name = "c.json", .flags = 0, .extra = unicodePath(crc32("a.json"), "../d.json")}, {.name = "caf\x82.json", .flags = 0}};
+    const OpenPackage named(dir.write("names.zip", zipOf(names)));
+    EXPECT_THAT(named.manager.getAllLeafs(), ElementsAre(Property(&Leaf::getPath, u"Çcafé.json"), Property(&Leaf::getPath, u"café.json"), Property(&Leaf::getPath, u"b/ü.json"), Property(&Leaf::getPath, u"c.json")));
+    EXPECT_THAT(named.manager.getSkippedEntries(), ElementsAre(AllOf(Field(&Skipped::path, u"café.json"), Field(&Skipped::why, Skipped::Why::DuplicateName))));
     // clang-format on
 }
 
@@ -152,7 +156,35 @@ TEST(PackageServices, ReadsTheZipsThatRealToolsWrite) {
         EXPECT_THAT(open.manager.getSkippedEntries(), testing::Conditional(name == "python-duplicate.zip", ElementsAre(AllOf(Field(&Skipped::path, u"cat.json"), Field(&Skipped::why, Skipped::Why::DuplicateName))), IsEmpty()));
         // clang-format on
     }
-    EXPECT_EQ(zips, 23);
+    EXPECT_EQ(zips, 24);
+}
+
+// A package costs the entries read, never its size: a member larger than the read limit, before
+// or after the catalogue, is listed and refused without a byte of it being read; a package that
+// shrinks once open costs the entries that are gone, not a fault.
+TEST(PackageServices, AMemberCostsNothingUntilItIsRead) {
+    const TempDir dir;
+    const ZipRecord media{.name = "media.bin", .data = std::string(32 * kMiB, 'm')};
+    const ZipRecord catalogue{.name = "cat.json", .data = "{\"a\":1}"};
+    const std::string refusal = "is larger than the read limit of 1048576 bytes";
+    // clang-format off
+    const struct { std::vector<ZipRecord> records; std::uint64_t shrinkTo; Leaves read; } cases[] = {
+        {{media, catalogue}, 0, {{u"media.bin", "error: entry 0 " + refusal}, {u"cat.json", catalogue.data}}},
+        {{catalogue, media}, 0, {{u"cat.json", catalogue.data}, {u"media.bin", "error: entry 1 " + refusal}}},
+        {{catalogue, media}, 40, {{u"cat.json", "error: cannot read entry 0: the package file ends inside it"}, {u"media.bin", "error: entry 1 " + refusal}}},
+    };
+    // clang-format on
+    for (const auto& test : cases) {
+        const auto file = dir.write("big.zip", zipOf(test.records));
+        const std::size_t before = allocation::liveBytes();
+        allocation::resetPeak();
+        const OpenPackage open(file);
+        if (test.shrinkTo > 0) {
+            std::filesystem::resize_file(file, test.shrinkTo);
+        }
+        EXPECT_EQ(open.read(kMiB), test.read);
+        EXPECT_LE(allocation::peakBytes() - before, kMiB);
+    }
 }
 
 TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {

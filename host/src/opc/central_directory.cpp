@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "opc/package_error.hpp"
 
@@ -21,13 +22,31 @@ constexpr std::uint64_t kCentralHeaderSize = 46;
 constexpr std::uint64_t kEndSize = 22;
 constexpr std::uint64_t kZip64EndSize = 56;
 constexpr std::uint64_t kZip64LocatorSize = 20;
-constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
 constexpr std::uint64_t kZip64Escape = 0xFFFFFFFF;
 constexpr std::uint64_t kZip64ExtraId = 0x0001;
 constexpr std::uint64_t kUnicodePathExtraId = 0x7075;
 // Version (1 byte) and CRC of the plain name (4 bytes) come before the name in that field.
 constexpr std::size_t kUnicodePathPrefix = 5;
 constexpr std::uint16_t kUtf8NameFlag = 0x800;
+
+// Where the fields of each record lie, from its signature.
+namespace end {
+constexpr std::size_t kDisk = 4, kDirectoryDisk = 6, kEntries = 10, kDirectorySize = 12,
+                      kDirectoryOffset = 16, kCommentSize = 20;
+} // namespace end
+namespace zip64End {
+constexpr std::size_t kEntries = 32, kDirectorySize = 40, kDirectoryOffset = 48;
+} // namespace zip64End
+namespace locator {
+constexpr std::size_t kEndOffset = 8;
+} // namespace locator
+namespace central {
+constexpr std::size_t kFlags = 8, kMethod = 10, kCrc = 16, kCompressedSize = 20, kSize = 24, kNameSize = 28,
+                      kExtraSize = 30, kCommentSize = 32, kLocalOffset = 42;
+} // namespace central
+namespace local {
+constexpr std::size_t kMethod = 8, kNameSize = 26, kExtraSize = 28;
+} // namespace local
 
 /** The little-endian number of `width` bytes at `at` in `bytes`. */
 std::uint64_t le(std::string_view bytes, std::size_t at, std::size_t width) {
@@ -38,42 +57,42 @@ std::uint64_t le(std::string_view bytes, std::size_t at, std::size_t width) {
     return value;
 }
 
-/** The zip file's bytes, read at given offsets; every failure names the file. */
-class RawFile {
+/** The zip file, read at given offsets; every refusal names the file. */
+class ZipReader {
 public:
-    RawFile(std::string_view bytes, const std::string& path) : bytes_(bytes), path_(path) {}
+    explicit ZipReader(const PackageFile& file) : file_(file) {}
 
-    std::uint64_t size() const { return bytes_.size(); }
+    const PackageFile& file() const { return file_; }
 
-    /** `count` bytes at `offset`; refuses a range that runs past the end of the file. */
-    std::string_view read(std::uint64_t offset, std::uint64_t count) const {
-        if (offset > size() || count > size() - offset) {
+    /** `count` bytes at `offset`, valid until the next read; refuses a range that runs past the
+        end of the file. */
+    std::string_view read(std::uint64_t offset, std::uint64_t count) {
+        const std::string_view bytes = file_.read(offset, count, buffer_);
+        if (bytes.size() != count) {
             refuse("a record runs past the end of the file");
         }
-        return bytes_.substr(offset, count);
+        return bytes;
     }
 
     [[noreturn]] void refuse(const std::string& why) const {
-        throw PackageError(PackageErrorKind::Refused, "refused package " + path_ + ": " + why);
+        throw PackageError(PackageErrorKind::Refused, "refused package " + file_.path() + ": " + why);
     }
 
 private:
-    std::string_view bytes_;
-    const std::string& path_;
+    const PackageFile& file_;
+    std::vector<char> buffer_;
 };
 
-/** Where the central directory lies, and where it must end. */
+/** Where the central directory lies. */
 struct EndRecord {
     std::uint64_t entries = 0;
     std::uint64_t directoryOffset = 0;
     std::uint64_t directorySize = 0;
     std::uint64_t position = 0;
-    std::uint64_t end = 0; // just past the end record's comment
 };
 
-EndRecord readZip64End(const RawFile& file, std::uint64_t locatorPosition, std::uint64_t end) {
-    const std::string_view locator = file.read(locatorPosition, kZip64LocatorSize);
-    const std::uint64_t position = le(locator, 8, 8);
+EndRecord readZip64End(ZipReader& file, std::uint64_t locatorPosition) {
+    const std::uint64_t position = le(file.read(locatorPosition, kZip64LocatorSize), locator::kEndOffset, 8);
     if (position > locatorPosition || locatorPosition - position < kZip64EndSize) {
         file.refuse("the zip64 end record is misplaced");
     }
@@ -81,41 +100,49 @@ EndRecord readZip64End(const RawFile& file, std::uint64_t locatorPosition, std::
     if (le(record, 0, 4) != kZip64EndSignature) {
         file.refuse("the zip64 end record is missing");
     }
-    return {le(record, 32, 8), le(record, 48, 8), le(record, 40, 8), position, end};
+    return {le(record, zip64End::kEntries, 8), le(record, zip64End::kDirectoryOffset, 8),
+            le(record, zip64End::kDirectorySize, 8), position};
 }
 
-EndRecord readEndRecord(const RawFile& file) {
-    if (file.size() < kEndSize) {
+/** The end record, looked for in the end window alone: a file whose end record lies further back
+    is no zip that a zip tool reads, however long it is. */
+EndRecord readEndRecord(ZipReader& file) {
+    const PackageFile& package = file.file();
+    if (package.window().size() < kEndSize) {
         file.refuse("too short to be a zip file");
     }
     // Writers that fill whole blocks, such as bsdtar writing to a pipe, pad the end record's
     // comment with zeros; the comment must reach at least to where that padding begins.
-    const std::string_view all = file.read(0, file.size());
-    const std::size_t lastByte = all.find_last_not_of('\0');
-    const std::uint64_t padStart = lastByte == std::string_view::npos ? 0 : lastByte + 1;
-    const std::uint64_t searchStart =
-        padStart > kEndSize + kMaxCommentSize ? padStart - kEndSize - kMaxCommentSize : 0;
+    const std::string_view window = package.window();
+    const std::uint64_t base = package.windowOffset();
+    const std::size_t lastByte = window.find_last_not_of('\0');
+    const std::size_t padStart = lastByte == std::string_view::npos ? 0 : lastByte + 1;
     // The end record is the last one whose comment ends where the padding begins or in it.
-    for (std::uint64_t at = file.size() - kEndSize + 1; at-- > searchStart;) {
-        if (le(all, at, 4) != kEndSignature) {
+    for (std::size_t at = window.size() - kEndSize + 1; at-- > 0;) {
+        if (le(window, at, 4) != kEndSignature) {
             continue;
         }
-        const std::uint64_t end = at + kEndSize + le(all, at + 20, 2);
-        if (end < padStart || end > file.size()) {
+        const std::uint64_t end = at + kEndSize + le(window, at + end::kCommentSize, 2);
+        if (end < padStart || end > window.size()) {
             continue;
         }
-        if (le(all, at + 4, 2) != 0 || le(all, at + 6, 2) != 0) {
+        if (le(window, at + end::kDisk, 2) != 0 || le(window, at + end::kDirectoryDisk, 2) != 0) {
             file.refuse("the package spans several disks");
         }
-        if (at >= kZip64LocatorSize && le(all, at - kZip64LocatorSize, 4) == kZip64LocatorSignature) {
-            return readZip64End(file, at - kZip64LocatorSize, end);
+        const std::uint64_t position = base + at;
+        if (position >= kZip64LocatorSize &&
+            le(file.read(position - kZip64LocatorSize, 4), 0, 4) == kZip64LocatorSignature) {
+            return readZip64End(file, position - kZip64LocatorSize);
         }
-        return {le(all, at + 10, 2), le(all, at + 16, 4), le(all, at + 12, 4), at, end};
+        return {le(window, at + end::kEntries, 2), le(window, at + end::kDirectoryOffset, 4),
+                le(window, at + end::kDirectorySize, 4), position};
     }
-    file.refuse("no end of central directory record");
+    file.refuse(package.size() > kEndWindow ? "no end of central directory record in its last " +
+                                                  std::to_string(kEndWindow) + " bytes"
+                                            : std::string("no end of central directory record"));
 }
 
-void vetName(const RawFile& file, std::uint64_t index, std::string_view name) {
+void vetName(const ZipReader& file, std::uint64_t index, std::string_view name) {
     const std::string entry = "entry " + std::to_string(index);
     if (name.find('\0') != std::string_view::npos) {
         file.refuse(entry + " has a NUL in its name");
@@ -144,8 +171,8 @@ std::uint32_t crcOf(std::string_view bytes) {
 }
 
 /** Applies the extra fields of a central record: 64-bit sizes and offset, and the Unicode name,
-    which is vetted whether or not it is the one used. */
-void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view extra,
+    vetted where it is the one used. */
+void applyExtraFields(const ZipReader& file, std::uint64_t index, std::string_view extra,
                       DirectoryRecord& record) {
     // A field that overruns the extra data ends the walk.
     for (std::size_t at = 0; at + 4 <= extra.size();) {
@@ -168,13 +195,12 @@ void applyExtraFields(const RawFile& file, std::uint64_t index, std::string_view
                 next += 8;
             }
         } else if (id == kUnicodePathExtraId && field.size() >= kUnicodePathPrefix) {
-            const std::string_view unicodeName = field.substr(kUnicodePathPrefix);
-            vetName(file, index, unicodeName);
             // Version 1, made for this very name: a name changed since by a tool that knows no
-            // Unicode fields keeps its own.
+            // Unicode fields keeps its own, and the field is ignored, as zip tools do.
             if (field[0] == 1 && le(field, 1, 4) == crcOf(record.name)) {
-                record.name = unicodeName;
+                record.name = field.substr(kUnicodePathPrefix);
                 record.nameIsUtf8 = true;
+                vetName(file, index, record.name);
             }
         }
         at += 4 + length;
@@ -187,65 +213,83 @@ struct NamedRecord {
     std::string_view name;
 };
 
-std::vector<NamedRecord> readRecords(const RawFile& file, const EndRecord& end) {
+/** The records of `directory`, all those it holds: zip tools read every record there, whatever
+    count the end record gives, so more records than counted are read and fewer are refused. */
+std::vector<NamedRecord> readRecords(const ZipReader& file, std::string_view directory,
+                                     std::uint64_t counted) {
     std::vector<NamedRecord> records;
-    records.reserve(end.entries);
-    std::uint64_t at = end.directoryOffset;
-    const std::uint64_t stop = end.directoryOffset + end.directorySize;
-    for (std::uint64_t index = 0; index < end.entries; ++index) {
-        if (stop - at < kCentralHeaderSize) {
+    records.reserve(std::min(counted, kMaxEntries));
+    for (std::size_t at = 0; at < directory.size();) {
+        const std::uint64_t index = records.size();
+        if (directory.size() - at < kCentralHeaderSize) {
             file.refuse("the central directory is truncated");
         }
-        const std::string_view header = file.read(at, kCentralHeaderSize);
+        const std::string_view header = directory.substr(at, kCentralHeaderSize);
         if (le(header, 0, 4) != kCentralHeaderSignature) {
             file.refuse("entry " + std::to_string(index) + " has no central header");
         }
-        const std::uint64_t nameSize = le(header, 28, 2);
-        const std::uint64_t extraSize = le(header, 30, 2);
-        const std::uint64_t recordSize = kCentralHeaderSize + nameSize + extraSize + le(header, 32, 2);
-        if (stop - at < recordSize) {
+        if (index == kMaxEntries) {
+            file.refuse("more than " + std::to_string(kMaxEntries) + " entries");
+        }
+        const std::uint64_t nameSize = le(header, central::kNameSize, 2);
+        const std::uint64_t extraSize = le(header, central::kExtraSize, 2);
+        const std::uint64_t recordSize =
+            kCentralHeaderSize + nameSize + extraSize + le(header, central::kCommentSize, 2);
+        if (directory.size() - at < recordSize) {
             file.refuse("the central directory is truncated");
         }
-        const std::string_view name = file.read(at + kCentralHeaderSize, nameSize);
+        const std::string_view name = directory.substr(at + kCentralHeaderSize, nameSize);
         vetName(file, index, name);
-        const auto flags = static_cast<std::uint16_t>(le(header, 8, 2));
-        DirectoryRecord record{.localOffset = le(header, 42, 4),
-                               .compressedSize = le(header, 20, 4),
-                               .size = le(header, 24, 4),
-                               .crc = static_cast<std::uint32_t>(le(header, 16, 4)),
-                               .method = static_cast<std::uint16_t>(le(header, 10, 2)),
+        const auto flags = static_cast<std::uint16_t>(le(header, central::kFlags, 2));
+        DirectoryRecord record{.localOffset = le(header, central::kLocalOffset, 4),
+                               .compressedSize = le(header, central::kCompressedSize, 4),
+                               .size = le(header, central::kSize, 4),
+                               .crc = static_cast<std::uint32_t>(le(header, central::kCrc, 4)),
+                               .method = static_cast<std::uint16_t>(le(header, central::kMethod, 2)),
                                .flags = flags,
                                .name = name,
                                .nameIsUtf8 = (flags & kUtf8NameFlag) != 0};
-        applyExtraFields(file, index, file.read(at + kCentralHeaderSize + nameSize, extraSize), record);
+        applyExtraFields(file, index, directory.substr(at + kCentralHeaderSize + nameSize, extraSize),
+                         record);
         records.push_back({record, name});
         at += recordSize;
+    }
+    if (records.size() < counted) {
+        file.refuse("the central directory is truncated");
     }
     return records;
 }
 
-/** Checks each local header against its central record and finds where its data starts. Refuses
-    entries whose local headers and data share a byte with another entry's, the shape of a zip
-    bomb that inflates the same data many times. A trailing data descriptor is not counted: it
-    holds no data that is ever inflated. */
-void placeData(const RawFile& file, std::vector<NamedRecord>& records, std::uint64_t dataEnd) {
+/** Checks each local header against its central record and finds where its data starts, reading
+    each header once. Refuses entries whose local headers and data share a byte with another
+    entry's, the shape of a zip bomb that inflates the same data many times. A trailing data
+    descriptor is not counted: it holds no data that is ever inflated. */
+void placeData(ZipReader& file, std::vector<NamedRecord>& records, std::uint64_t dataEnd) {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
     spans.reserve(records.size());
+    // Whether each local header repeats its central record's name and method.
+    std::vector<std::pair<bool, bool>> agrees;
+    agrees.reserve(records.size());
     for (std::size_t index = 0; index < records.size(); ++index) {
         DirectoryRecord& record = records[index].record;
         const std::string entry = "entry " + std::to_string(index);
         if (record.localOffset > dataEnd || dataEnd - record.localOffset < kLocalHeaderSize) {
             file.refuse(entry + " lies outside the data of the package");
         }
-        const std::string_view header = file.read(record.localOffset, kLocalHeaderSize);
+        const std::uint64_t room = dataEnd - record.localOffset;
+        const std::string_view name = records[index].name;
+        const std::string_view header =
+            file.read(record.localOffset, std::min<std::uint64_t>(room, kLocalHeaderSize + name.size()));
         if (le(header, 0, 4) != kLocalHeaderSignature) {
             file.refuse(entry + " has no local header");
         }
-        const std::uint64_t headerSize = kLocalHeaderSize + le(header, 26, 2) + le(header, 28, 2);
-        const std::uint64_t room = dataEnd - record.localOffset;
+        const std::uint64_t nameSize = le(header, local::kNameSize, 2);
+        const std::uint64_t headerSize = kLocalHeaderSize + nameSize + le(header, local::kExtraSize, 2);
         if (headerSize > room || record.compressedSize > room - headerSize) {
             file.refuse(entry + " runs into the central directory");
         }
+        agrees.emplace_back(nameSize == name.size() && header.substr(kLocalHeaderSize) == name,
+                            le(header, local::kMethod, 2) == record.method);
         record.dataOffset = record.localOffset + headerSize;
         spans.emplace_back(record.localOffset, record.dataOffset + record.compressedSize);
     }
@@ -258,12 +302,10 @@ void placeData(const RawFile& file, std::vector<NamedRecord>& records, std::uint
     // The name and method come from the central record and the data offset from the local
     // header: both headers must describe the same entry for the vetting to hold.
     for (std::size_t index = 0; index < records.size(); ++index) {
-        const DirectoryRecord& record = records[index].record;
-        const std::string_view header = file.read(record.localOffset, kLocalHeaderSize);
-        if (file.read(record.localOffset + kLocalHeaderSize, le(header, 26, 2)) != records[index].name) {
+        if (!agrees[index].first) {
             file.refuse("entry " + std::to_string(index) + " has another name in its local header");
         }
-        if (le(header, 8, 2) != record.method) {
+        if (!agrees[index].second) {
             file.refuse("entry " + std::to_string(index) + " has another method in its local header");
         }
     }
@@ -271,8 +313,8 @@ void placeData(const RawFile& file, std::vector<NamedRecord>& records, std::uint
 
 } // namespace
 
-Directory readCentralDirectory(std::string_view bytes, const std::string& path) {
-    const RawFile file(bytes, path);
+Directory readCentralDirectory(const PackageFile& package) {
+    ZipReader file(package);
     const EndRecord end = readEndRecord(file);
     if (end.entries > kMaxEntries) {
         file.refuse(std::to_string(end.entries) + " entries, more than " + std::to_string(kMaxEntries));
@@ -280,9 +322,12 @@ Directory readCentralDirectory(std::string_view bytes, const std::string& path) 
     if (end.directoryOffset > end.position || end.directorySize > end.position - end.directoryOffset) {
         file.refuse("the central directory runs past its end record");
     }
-    std::vector<NamedRecord> named = readRecords(file, end);
+    Directory directory;
+    const std::string_view bytes = file.read(end.directoryOffset, end.directorySize);
+    directory.bytes.assign(bytes.begin(), bytes.end());
+    std::vector<NamedRecord> named =
+        readRecords(file, {directory.bytes.data(), directory.bytes.size()}, end.entries);
     placeData(file, named, end.directoryOffset);
-    Directory directory{{}, end.end};
     directory.records.reserve(named.size());
     for (const NamedRecord& record : named) {
         directory.records.push_back(record.record);

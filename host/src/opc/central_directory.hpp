@@ -1,10 +1,12 @@
 #pragma once
-// The central directory of a zip file read and vetted from its raw bytes.
+// The central directory of a zip file, read and vetted.
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "package_file.hpp"
 
 namespace opc::zippackage::detail {
 
@@ -26,18 +28,19 @@ struct DirectoryRecord {
     bool nameIsUtf8 = false; // flagged UTF-8, or the Unicode path field's
 };
 
-/** A vetted directory: its records in central-directory order, and how many leading bytes of the
-    file make the zip (the zero padding some writers add after the end record excluded). */
+/** A vetted directory: its bytes, and its records in central-directory order, whose names lie in
+    those bytes. */
 struct Directory {
+    std::vector<char> bytes;
     std::vector<DirectoryRecord> records;
-    std::uint64_t zipSize = 0;
 };
 
-/** The directory of the zip file `bytes`, named `path` in errors, once it is vetted: not
+/** The directory of the zip `file` once it is vetted, read from its end window, its directory and
+    its local headers alone: an end record in the end window, not
     truncated, at most kMaxEntries entries, no name that is absolute or holds a ".." segment, a
     backslash or NUL, every local header agreeing with its central record on the name and the
     method, and no two entries whose local headers and data share a byte.
     @throw PackageError Thrown when the file is refused. */
-Directory readCentralDirectory(std::string_view bytes, const std::string& path);
+Directory readCentralDirectory(const PackageFile& file);
 
 } // namespace opc::zippackage::detail

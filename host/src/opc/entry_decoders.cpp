@@ -8,18 +8,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
 namespace opc::zwservices::detail {
 namespace {
 
-constexpr std::uint16_t kStore = 0;
-constexpr std::uint16_t kDeflate = 8;
-constexpr std::uint16_t kBzip2 = 12;
-constexpr std::uint16_t kLzma = 14;
-constexpr std::uint16_t kZstd = 93;
-constexpr std::uint16_t kXz = 95;
 constexpr std::size_t kChunk = std::size_t{64} << 10;
 // Version (2 bytes) and size of the properties (2 bytes) come before them in an LZMA entry.
 constexpr std::size_t kLzmaHeader = 4;
@@ -70,8 +65,8 @@ void decodeLzma(std::string_view data, std::uint64_t declaredSize, std::uint64_t
         static_cast<lzma_options_lzma*>(filters[0].options), &std::free);
     // A dictionary larger than the output it may produce is never used beyond that output, so a
     // header that asks for gigabytes costs no more than the read allows.
-    options->dict_size =
-        static_cast<std::uint32_t>(std::clamp<std::uint64_t>(memory, LZMA_DICT_SIZE_MIN, options->dict_size));
+    options->dict_size = static_cast<std::uint32_t>(
+        std::max<std::uint64_t>(LZMA_DICT_SIZE_MIN, std::min<std::uint64_t>(memory, options->dict_size)));
     filters[0].id = LZMA_FILTER_LZMA1EXT;
     options->ext_flags = LZMA_LZMA1EXT_ALLOW_EOPM;
     options->ext_size_low = static_cast<std::uint32_t>(declaredSize);
@@ -83,7 +78,7 @@ void decodeLzma(std::string_view data, std::uint64_t declaredSize, std::uint64_t
     runLzma(stream, data.substr(kLzmaHeader + kLzmaPropertiesSize), "LZMA", sink);
 }
 
-void decodeXz(std::string_view data, std::uint64_t memory, const Sink& sink) {
+void decodeXz(std::string_view data, std::uint64_t, std::uint64_t memory, const Sink& sink) {
     lzma_stream stream = LZMA_STREAM_INIT;
     if (lzma_stream_decoder(&stream, memory, 0) != LZMA_OK) {
         throw std::runtime_error("cannot start the XZ decoder");
@@ -95,7 +90,7 @@ struct ZstdFree {
     void operator()(ZSTD_DStream* stream) const { ZSTD_freeDStream(stream); }
 };
 
-void decodeZstd(std::string_view data, std::uint64_t memory, const Sink& sink) {
+void decodeZstd(std::string_view data, std::uint64_t, std::uint64_t memory, const Sink& sink) {
     const std::unique_ptr<ZSTD_DStream, ZstdFree> stream(ZSTD_createDStream());
     if (!stream) {
         throw std::bad_alloc();
@@ -105,7 +100,9 @@ void decodeZstd(std::string_view data, std::uint64_t memory, const Sink& sink) {
     while (windowLog < bounds.upperBound && (std::uint64_t{1} << (windowLog + 1)) <= memory) {
         ++windowLog;
     }
-    ZSTD_DCtx_setParameter(stream.get(), ZSTD_d_windowLogMax, windowLog);
+    if (ZSTD_isError(ZSTD_DCtx_setParameter(stream.get(), ZSTD_d_windowLogMax, windowLog)) != 0U) {
+        throw std::runtime_error("cannot bound the zstd decoder's window");
+    }
     ZSTD_inBuffer in{data.data(), data.size(), 0};
     char out[kChunk];
     for (;;) {
@@ -141,7 +138,7 @@ void refill(Stream& stream, std::string_view data, std::size_t& fed) {
 }
 
 /** Inflates raw deflate data (no zlib or gzip wrapper) into `sink`. */
-void decodeDeflate(std::string_view data, const Sink& sink) {
+void decodeDeflate(std::string_view data, std::uint64_t, std::uint64_t, const Sink& sink) {
     z_stream stream{};
     if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) {
         throw std::bad_alloc();
@@ -171,7 +168,7 @@ void decodeDeflate(std::string_view data, const Sink& sink) {
     }
 }
 
-void decodeBzip2(std::string_view data, const Sink& sink) {
+void decodeBzip2(std::string_view data, std::uint64_t, std::uint64_t, const Sink& sink) {
     bz_stream stream{};
     if (BZ2_bzDecompressInit(&stream, 0, 0) != BZ_OK) {
         throw std::bad_alloc();
@@ -201,85 +198,57 @@ void decodeBzip2(std::string_view data, const Sink& sink) {
     }
 }
 
+void decodeStore(std::string_view data, std::uint64_t, std::uint64_t, const Sink& sink) {
+    sink(data.data(), data.size());
+}
+
+using Decoder = void (*)(std::string_view data, std::uint64_t declaredSize, std::uint64_t memory,
+                         const Sink& sink);
+
+/** A compression method: its number, its name, and its decoder where it is read. */
+struct Method {
+    std::uint16_t id;
+    const char* name;
+    Decoder decoder;
+};
+
+constexpr Method kMethods[] = {
+    {0, "store", decodeStore},     {1, "shrink", nullptr},          {6, "implode", nullptr},
+    {8, "deflate", decodeDeflate}, {9, "Deflate64", nullptr},       {10, "PKWARE DCL implode", nullptr},
+    {12, "bzip2", decodeBzip2},    {14, "LZMA", decodeLzma},        {18, "IBM TERSE", nullptr},
+    {19, "IBM LZ77", nullptr},     {93, "zstd", decodeZstd},        {94, "MP3", nullptr},
+    {95, "XZ", decodeXz},          {96, "JPEG", nullptr},           {97, "WavPack", nullptr},
+    {98, "PPMd", nullptr},         {99, "AES encryption", nullptr},
+};
+
+const Method* findMethod(std::uint16_t id) {
+    const auto* found = std::find_if(std::begin(kMethods), std::end(kMethods),
+                                     [id](const Method& method) { return method.id == id; });
+    return found == std::end(kMethods) ? nullptr : found;
+}
+
 } // namespace
 
 std::string methodName(std::uint16_t method) {
-    switch (method) {
-    case kStore:
-        return "store";
-    case 1:
-        return "shrink";
-    case 6:
-        return "implode";
-    case kDeflate:
-        return "deflate";
-    case 9:
-        return "Deflate64";
-    case 10:
-        return "PKWARE DCL implode";
-    case kBzip2:
-        return "bzip2";
-    case kLzma:
-        return "LZMA";
-    case 18:
-        return "IBM TERSE";
-    case 19:
-        return "IBM LZ77";
-    case kZstd:
-        return "zstd";
-    case 94:
-        return "MP3";
-    case kXz:
-        return "XZ";
-    case 96:
-        return "JPEG";
-    case 97:
-        return "WavPack";
-    case 98:
-        return "PPMd";
-    case 99:
-        return "AES encryption";
-    default:
-        return "unknown";
-    }
+    const Method* found = findMethod(method);
+    return found == nullptr ? "unknown" : found->name;
 }
 
 bool isSupported(std::uint16_t method) {
-    switch (method) {
-    case kStore:
-    case kDeflate:
-    case kBzip2:
-    case kLzma:
-    case kXz:
-    case kZstd:
-        return true;
-    default:
-        return false;
-    }
+    const Method* found = findMethod(method);
+    return found != nullptr && found->decoder != nullptr;
 }
 
 void decode(std::uint16_t method, std::string_view data, std::uint64_t declaredSize, std::uint64_t memory,
             const Sink& sink) {
-    // Some writers give an empty file no compressed data at all, whatever its method.
-    if (data.empty() && isSupported(method)) {
-        return;
-    }
-    switch (method) {
-    case kStore:
-        return sink(data.data(), data.size());
-    case kDeflate:
-        return decodeDeflate(data, sink);
-    case kBzip2:
-        return decodeBzip2(data, sink);
-    case kLzma:
-        return decodeLzma(data, declaredSize, memory, sink);
-    case kXz:
-        return decodeXz(data, memory, sink);
-    case kZstd:
-        return decodeZstd(data, memory, sink);
-    default:
+    if (!isSupported(method)) {
         throw std::logic_error("no decoder for method " + std::to_string(method));
     }
+    // Some writers give an empty file no compressed data at all, whatever its method.
+    if (data.empty()) {
+        return;
+    }
+    findMethod(method)->decoder(data, declaredSize, memory, sink);
 }
 
 } // namespace opc::zwservices::detail

@@ -93,22 +93,25 @@ Listing listEntries(const Contents& contents, bool wantLeaves) {
         // The count was vetted at open, so this reservation is bounded.
         listing.leaves.reserve(records.size());
     }
-    std::unordered_set<std::string_view> seen;
+    // Names are compared as read: a code page 437 name and its UTF-8 twin are one name.
+    std::unordered_set<std::u16string> seen;
     seen.reserve(records.size());
     for (std::size_t index = 0; index < records.size(); ++index) {
         const zippackage::detail::DirectoryRecord& record = records[index];
         if (!record.name.empty() && record.name.back() == '/') {
             continue;
         }
-        if (!seen.insert(record.name).second) {
-            listing.skipped.push_back({entryName(record), FileSystemManager::SkippedEntry::Why::DuplicateName,
+        std::u16string name = entryName(record);
+        if (seen.contains(name)) {
+            listing.skipped.push_back({std::move(name), FileSystemManager::SkippedEntry::Why::DuplicateName,
                                        "a second entry of this name; the first one is read"});
             continue;
         }
         if (wantLeaves) {
             listing.leaves.emplace_back(std::make_shared<const FileSystemEntry::Info>(
-                FileSystemEntry::Info{index, entryName(record), record.size, record.crc}));
+                FileSystemEntry::Info{index, name, record.size, record.crc}));
         }
+        seen.insert(std::move(name));
     }
     return listing;
 }
@@ -121,10 +124,10 @@ PackageError budgetSpent(const FileSystemEntry::Info& info, std::uint64_t budget
 
 /** The text of one entry as it is inflated, held to the read limit, the package's budget and a
     sane inflation ratio, its CRC taken as it grows. */
-class Inflation {
+class CheckedText {
 public:
-    Inflation(const FileSystemEntry::Info& info, const zippackage::detail::DirectoryRecord& record,
-              std::uint64_t limit, std::uint64_t budget, std::uint64_t& inflated)
+    CheckedText(const FileSystemEntry::Info& info, const zippackage::detail::DirectoryRecord& record,
+                std::uint64_t limit, std::uint64_t budget, std::uint64_t& inflated)
         : info_(info), record_(record), limit_(limit), budget_(budget), inflated_(inflated) {
         text_.reserve(static_cast<std::size_t>(std::min({info.size, limit, kFirstRoom})));
     }
@@ -149,7 +152,7 @@ public:
                                    std::to_string(FileSystemManager::kMaxRatio) +
                                    " times its compressed size");
         }
-        if (size > budget_ - inflated_) {
+        if (inflated_ > budget_ || size > budget_ - inflated_) {
             inflated_ = budget_;
             throw budgetSpent(info_, budget_);
         }
@@ -180,17 +183,32 @@ private:
     uLong crc_ = ::crc32_z(0, nullptr, 0);
 };
 
-/** Hands the entry's data to the decoder of its method, which feeds `inflation`. */
+/** Reads the entry's data alone and hands it to the decoder of its method, which feeds `text`. */
 void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRecord& record,
-                 const FileSystemEntry::Info& info, std::uint64_t limit, Inflation& inflation) {
+                 const FileSystemEntry::Info& info, std::uint64_t limit, CheckedText& text) {
     if ((record.flags & 1U) != 0) {
         throw PackageError(PackageErrorKind::Encrypted,
                            "cannot open " + entryText(info) + ": it is encrypted");
     }
-    const std::string_view data(contents.bytes.get() + record.dataOffset, record.compressedSize);
+    // Every method stores incompressible data in little more than its size; more than that is
+    // damage, and is not read.
+    const std::uint64_t overhead = info.size / 8 + kChunk;
+    if (record.compressedSize > overhead && record.compressedSize - overhead > info.size) {
+        throw PackageError(PackageErrorKind::DamagedEntry, "cannot read " + entryText(info) + ": it holds " +
+                                                               std::to_string(record.compressedSize) +
+                                                               " compressed bytes for " +
+                                                               std::to_string(info.size) + " bytes of text");
+    }
+    std::vector<char> buffer;
+    const std::string_view data = contents.file.read(record.dataOffset, record.compressedSize, buffer);
+    if (data.size() != record.compressedSize) {
+        throw PackageError(PackageErrorKind::DamagedEntry,
+                           "cannot read " + entryText(info) + ": the package file ends inside it");
+    }
+    const std::uint64_t memory = limit > UINT64_MAX - kChunk ? UINT64_MAX : limit + kChunk;
     try {
-        detail::decode(record.method, data, record.size, std::max(limit + kChunk, kDecoderMemory),
-                       [&](const char* bytes, std::size_t size) { inflation.take(bytes, size); });
+        detail::decode(record.method, data, record.size, std::max(memory, kDecoderMemory),
+                       [&](const char* bytes, std::size_t size) { text.take(bytes, size); });
     } catch (const PackageError&) {
         throw;
     } catch (const std::runtime_error& error) {
@@ -241,9 +259,9 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
     if (inflated_ >= budget && info.size > 0) {
         throw budgetSpent(info, budget);
     }
-    Inflation inflation(info, record, limit, budget, inflated_);
-    decodeEntry(contents, record, info, limit, inflation);
-    return inflation.finish();
+    CheckedText text(info, record, limit, budget, inflated_);
+    decodeEntry(contents, record, info, limit, text);
+    return text.finish();
 }
 
 } // namespace opc::zwservices

@@ -1,16 +1,17 @@
 #pragma once
 // What an open zip package holds, shared by the package and the manager of its entries.
 
-#include <memory>
-
 #include "central_directory.hpp"
 #include "opc/zippackage/zip_physical_package.hpp"
+#include "package_file.hpp"
 
 namespace opc::zippackage {
 
 struct ZipPhysicalPackage::Contents {
-    std::unique_ptr<char[]> bytes;
-    std::size_t size = 0;
+    explicit Contents(std::string path)
+        : file(std::move(path)), directory(detail::readCentralDirectory(file)) {}
+
+    detail::PackageFile file;
     detail::Directory directory;
 };
 

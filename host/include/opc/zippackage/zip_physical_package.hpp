@@ -1,5 +1,5 @@
 #pragma once
-// A zip file as the physical side of a package, read once into memory and listed from its bytes.
+// A zip file as the physical side of a package, kept open and read at the bytes it needs.
 
 #include <cstdint>
 #include <memory>
@@ -12,7 +12,7 @@ namespace opc::zippackage {
 
 class ZipPhysicalPackage final : public interfaces::IPhysicalPackage {
 public:
-    /** What an open package holds: its bytes and its vetted directory. */
+    /** What an open package holds: its open file and its vetted directory. */
     struct Contents;
 
     /** A package over the zip file at `path`; nothing is opened until `open`. */
@@ -21,8 +21,9 @@ public:
     ZipPhysicalPackage(const ZipPhysicalPackage&) = delete;
     ZipPhysicalPackage& operator=(const ZipPhysicalPackage&) = delete;
 
-    /** Reads the zip file once and vets its directory; throws on a file
-        that is not a regular file, or on a bad or hostile zip. */
+    /** Opens the zip file and reads and vets its directory, reading its end window, directory and
+        local headers alone, whatever its size; throws on a file that is not a regular file, or on
+        a bad or hostile zip. */
     void open(interfaces::OpenMode mode) override;
     bool isOpen() const override { return contents_ != nullptr; }
 

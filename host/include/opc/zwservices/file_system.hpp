@@ -62,13 +62,15 @@ public:
     /** No budget: a package may inflate as many bytes as its entries hold. */
     static constexpr std::uint64_t kNoBudget = UINT64_MAX;
 
-    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked. The text grows
-        as it is inflated; nothing is allocated from the size the entry declares. All the reads of
+    /** The whole content of `entry`, at most `limit` bytes, CRC and size checked, read from the
+        package's file at that entry's bytes alone. The text grows as it is inflated; nothing is
+        allocated from the size the entry declares. All the reads of
         this manager together inflate at most `budget` bytes, and an entry that inflates more than
         kMaxRatio times its compressed size beyond kRatioFloor bytes is refused.
         @throw PackageError Thrown when the content exceeds `limit` or the budget, differs from its
-        declared size or CRC, cannot be read, or is compressed with a method that is not
-        supported ("compression method N (name) is not supported"). */
+        declared size or CRC, cannot be read (the file ends before it: it shrank since `open`), or
+        is compressed with a method that is not supported ("compression method N (name) is not
+        supported"). */
     std::string readEntry(const FileSystemEntry& entry, std::uint64_t limit,
                           std::uint64_t budget = kNoBudget) const;
 
