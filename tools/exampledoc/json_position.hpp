@@ -31,9 +31,6 @@ private:
 /** The offset of the first byte of `text` that does not begin a valid UTF-8 sequence, or npos. */
 std::size_t firstInvalidUtf8(std::string_view text);
 
-/** `key` as one step of a JSON pointer, with "~" and "/" escaped. */
-std::string pointerStep(std::string_view key);
-
 /** For each JSON pointer, the byte offset where it begins in the JSON text `text`: a member at
     the opening quote of its key, an array element and the root at their first byte; npos for a
     pointer the text does not hold, or past a syntax error. */

@@ -16,6 +16,10 @@ struct MalformedText : std::runtime_error {
     Throws MalformedText on a malformed or overlong sequence or an encoded surrogate. */
 std::u16string utf8ToUtf16(std::string_view text);
 
+/** The offset of the first byte of `text` that begins no well-formed sequence (malformed,
+    overlong, cut short or an encoded surrogate), or npos: what utf8ToUtf16 refuses. */
+std::size_t firstMalformedUtf8(std::string_view text);
+
 /** Like utf8ToUtf16, but each byte that starts no valid sequence becomes U+FFFD. */
 std::u16string utf8ToUtf16Replacing(std::string_view text);
 
