@@ -25,8 +25,8 @@ std::string describe(const CheckedFile* file) {
     if (file->kind == CheckedFile::Kind::Package) {
         return "  (package)";
     }
-    return file->english ? "  (English, read for " + joined(file->locales) + ")"
-                         : "  (read for " + joined(file->locales) + ")";
+    const std::string read = file->locales.empty() ? "not read" : "read for " + joined(file->locales);
+    return file->english ? "  (English, " + read + ")" : "  (" + read + ")";
 }
 
 } // namespace
