@@ -27,9 +27,11 @@ constexpr std::uintptr_t kCacheLineBytes = 64;
 
 // A refusal inside the value under `key` (and its element `index`) lies under that step.
 void placeUnder(CatalogueFormatError& error, std::string_view key, std::size_t index = SIZE_MAX) {
-    std::string step = "/" + reference::docparser::jsonPointerStep(key);
+    std::string step(1, '/');
+    step += reference::docparser::jsonPointerStep(key);
     if (index != SIZE_MAX) {
-        step += '/' + std::to_string(index);
+        step += '/';
+        step += std::to_string(index);
     }
     error.placeUnder(step);
 }
