@@ -9,6 +9,7 @@
 
 #include "catalogue/catalogue_parser.hpp"
 #include "check_rules.hpp"
+#include "example_kinds.hpp"
 #include "json_position.hpp"
 #include "reference/docparser/catalogue_format_error.hpp"
 #include "zwhost/unicode.hpp"
@@ -166,6 +167,20 @@ private:
         }
     }
 
+    // The escape of a surrogate (\\uD800 to \\uDFFF) that the parser stopped at or just past, or npos.
+    std::size_t surrogateEscape(std::size_t offset) const {
+        const std::size_t last = std::min(offset, text_.size());
+        for (std::size_t at = last + 1; at-- > (last >= 12 ? last - 12 : 0);) {
+            if (text_.compare(at, 3, "\\ud") == 0 || text_.compare(at, 3, "\\uD") == 0) {
+                if (at + 6 <= text_.size() &&
+                    std::string_view("89abcdefABCDEF").find(text_[at + 3]) != kNone) {
+                    return at;
+                }
+            }
+        }
+        return kNone;
+    }
+
     // Why the library's parser refused the text.
     void explainFailure(const std::string& complaint) {
         boost::json::stream_parser syntax;
@@ -194,6 +209,17 @@ private:
                 std::string("the text is not UTF-8: byte 0x") + kHex[byte >> 4U] + kHex[byte & 0xFU] +
                     " begins no valid sequence; save the file as UTF-8",
                 bad);
+            return;
+        }
+        const std::size_t escape = surrogateEscape(offset);
+        if (escape != kNone &&
+            (error == boost::json::error::illegal_leading_surrogate ||
+             error == boost::json::error::illegal_trailing_surrogate || escape + 6 == offset)) {
+            add("json-syntax", {}, {},
+                "'" + text_.substr(escape, 6) +
+                    "' is a lone surrogate: a character past U+FFFF is written as a pair of escapes, "
+                    "\\uD800 to \\uDBFF then \\uDC00 to \\uDFFF",
+                escape);
             return;
         }
         if (error == boost::json::error::too_deep) {
@@ -385,12 +411,17 @@ private:
             }
             return result;
         };
-        for (const char* form : {"Live Script", "Script", "Model", "Example", "Chart", "App"}) {
-            if (folded(form) == folded(text)) {
-                return std::string(" (did you mean ") + quoted(form) + "?)";
+        // "Unknown" is the kind of an example of no kind: it is never suggested.
+        std::vector<std::string_view> kinds = catalogueKindForms();
+        std::erase(kinds, ExampleType::enumToString(ExampleType::getDefaultValue()));
+        std::string all;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            if (folded(kinds[i]) == folded(text)) {
+                return " (did you mean " + quoted(kinds[i]) + "?)";
             }
+            all += (i == 0 ? "" : i + 1 == kinds.size() ? " and " : ", ") + quoted(kinds[i]);
         }
-        return " (the kinds are \"Live Script\", \"Script\", \"Model\", \"Example\", \"Chart\" and \"App\")";
+        return " (the kinds are " + all + ")";
     }
 
     const std::string& text_;

@@ -29,6 +29,8 @@ std::string_view leftOutReason(zwhost::reference::LeftOut::Why why) {
         return "its name is not valid UTF-8";
     case Why::DanglingLink:
         return "it is a link to nothing";
+    case Why::LinkLoop:
+        return "it is a link in a loop of links";
     case Why::NotRegularFile:
         return "it is not a regular file";
     case Why::TooDeep:
