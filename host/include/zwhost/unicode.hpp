@@ -20,6 +20,10 @@ std::u16string utf8ToUtf16(std::string_view text);
     overlong, cut short or an encoded surrogate), or npos: what utf8ToUtf16 refuses. */
 std::size_t firstMalformedUtf8(std::string_view text);
 
+/** The code point of the UTF-8 sequence at `at` in `text`, moving `at` past it; a byte that
+    begins no well-formed sequence gives U+FFFD and moves `at` by one, as utf8ToUtf16Replacing. */
+char32_t nextCodePoint(std::string_view text, std::size_t& at);
+
 /** Like utf8ToUtf16, but each byte that starts no valid sequence becomes U+FFFD. */
 std::u16string utf8ToUtf16Replacing(std::string_view text);
 

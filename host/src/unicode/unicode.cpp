@@ -183,6 +183,12 @@ std::pair<char32_t, std::size_t> sequenceAt(std::string_view text, std::size_t i
 
 } // namespace
 
+char32_t nextCodePoint(std::string_view text, std::size_t& at) {
+    const auto [c, length] = sequenceAt(text, at);
+    at += length == 0 ? 1 : length;
+    return length == 0 ? char32_t{0xFFFD} : c;
+}
+
 std::size_t firstMalformedUtf8(std::string_view text) {
     const auto* src = reinterpret_cast<const unsigned char*>(text.data());
     if (isAscii(src, text.size())) {
@@ -208,10 +214,7 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
     out.reserve(text.size());
     std::size_t i = 0;
     while (i < text.size()) {
-        auto [c, length] = sequenceAt(text, i);
-        if (length == 0) {
-            c = 0xFFFD;
-        }
+        char32_t c = nextCodePoint(text, i);
         if (c >= 0x10000) {
             c -= 0x10000;
             out += static_cast<char16_t>(0xD800 + (c >> 10));
@@ -219,7 +222,6 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
         } else {
             out += static_cast<char16_t>(c);
         }
-        i += length == 0 ? 1 : length;
     }
     return out;
 }
