@@ -1,5 +1,7 @@
 #include "catalogue/catalogue_parser.hpp"
+#include "reference/docparser/catalogue_format_error.hpp"
 
+#include <optional>
 #include <string>
 
 #include <boost/system/system_error.hpp>
@@ -70,18 +72,61 @@ TEST_F(CatalogueParser, MalformedTextFailsTheWholeFile) {
     EXPECT_NO_THROW(parseExampleCatalogue(with(R"(,"extra":)" + nested(29))));
     EXPECT_THROW(parseExampleCatalogue(with(R"(,"extra":)" + nested(30))), boost::system::system_error);
     // clang-format off
-    const std::string bad[] = {
-        "", "{", "[]", catalogue(entry("c", "n")) + "//", catalogue(entry("c", "n") + ","), catalogue("7"),
-        catalogue(entry("c", "n\xff")), catalogue(entry("c", "n\xed\xa0\x80")),
-        R"({"exampleItems":[]})", R"({"header":[],"exampleItems":[]})", R"({"header":{"helpFolder":3},"exampleItems":[]})",
-        R"({"header":{}})", R"({"header":{},"exampleItems":{}})",
-        catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"),
-        with(R"(,"exampleType":5)"), with(R"(,"relative_path":"a")"), with(R"(,"supporting_files":[1])"),
-        with(R"(,"docid_links":[{"docid":"d"}])"), with(R"(,"docid_links":["d"])"), with(R"(,"description":4)"),
-    };
+    const std::string bad[] = {"", "{", "[]", catalogue(entry("c", "n")) + "//", catalogue(entry("c", "n") + ","),
+                               catalogue(entry("c", "n\xff")), catalogue(entry("c", "n\xed\xa0\x80"))};
     // clang-format on
     for (const std::string& text : bad) {
         EXPECT_ANY_THROW(parseExampleCatalogue(text)) << text;
+    }
+}
+
+TEST_F(CatalogueParser, RefusalSaysWhereWhatWasExpectedAndWhatWasFound) {
+    using Expected = reference::docparser::CatalogueFormatError::Expected;
+    using boost::json::kind;
+    std::string hundred;
+    for (int i = 0; i < 100; ++i) {
+        hundred += entry("c", "n" + std::to_string(i)) + ",";
+    }
+    const auto with = [](const std::string& extra) { return catalogue(entry("c", "n", extra)); };
+    // clang-format off
+    const struct {
+        std::string text;
+        const char* pointer;
+        Expected expected;
+        std::optional<kind> found;
+        const char* message;
+    } rows[] = {
+        {catalogue("7"), "/exampleItems/0", Expected::Object, kind::int64, nullptr},
+        {R"({"exampleItems":[]})", "/header", Expected::Object, std::nullopt, "member \"header\": expected an object, found nothing"},
+        {R"({"header":[],"exampleItems":[]})", "/header", Expected::Object, kind::array, nullptr},
+        {R"({"header":{"helpFolder":3},"exampleItems":[]})", "/header/helpFolder", Expected::String, kind::int64, nullptr},
+        {R"({"header":{}})", "/exampleItems", Expected::Array, std::nullopt, nullptr},
+        {R"({"header":{},"exampleItems":{}})", "/exampleItems", Expected::Array, kind::object, nullptr},
+        {R"(["header"])", "", Expected::Object, kind::array, "catalogue root: expected an object, found array"},
+        {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "/exampleItems/100/name", Expected::String, std::nullopt, "member \"name\": expected a string, found nothing"},
+        {with(R"(,"exampleType":5)"), "/exampleItems/0/exampleType", Expected::String, kind::int64, nullptr},
+        {with(R"(,"relative_path":"a")"), "/exampleItems/0/relative_path", Expected::Array, kind::string, "value: expected an array, found string"},
+        {with(R"(,"supporting_files":["s",[1]])"), "/exampleItems/0/supporting_files/1", Expected::String, kind::array, nullptr},
+        {with(R"(,"docid_links":[{"docid":"d","target":"t"},{"docid":"d"}])"), "/exampleItems/0/docid_links/1/target", Expected::String, std::nullopt, nullptr},
+        {with(R"(,"docid_links":["d"])"), "/exampleItems/0/docid_links/0", Expected::Object, kind::string, nullptr},
+        {with(R"(,"docid_links":null)"), "/exampleItems/0/docid_links", Expected::Array, kind::null, nullptr},
+        {with(R"(,"description":4)"), "/exampleItems/0/description", Expected::String, kind::int64, nullptr},
+        {catalogue(entry("c", "n") + "," + R"({"name":"a/b~c","component":"c","title":"t","thumbnail":"x","openCmd":[]})"), "/exampleItems/1/openCmd", Expected::String, kind::array, nullptr},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        try {
+            parseExampleCatalogue(row.text);
+            ADD_FAILURE() << row.text;
+        } catch (const reference::docparser::CatalogueFormatError& error) {
+            EXPECT_TRUE(error.placed()) << row.text;
+            EXPECT_EQ(error.pointer(), row.pointer) << row.text;
+            EXPECT_EQ(error.expected(), row.expected) << row.text;
+            EXPECT_EQ(error.found(), row.found) << row.text;
+            if (row.message != nullptr) {
+                EXPECT_STREQ(error.what(), row.message);
+            }
+        }
     }
 }
 
