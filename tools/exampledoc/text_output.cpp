@@ -98,15 +98,6 @@ std::string padToWidth(std::string_view text, std::size_t width) {
     return padded;
 }
 
-std::string paintSeverity(std::string_view text, Severity severity, bool color) {
-    static constexpr std::array kStyles = {
-        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::red),
-        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::yellow),
-        fmt::fg(fmt::terminal_color::cyan),
-    };
-    return paint(text, kStyles.at(static_cast<std::size_t>(severity)), color);
-}
-
 std::string paintKind(std::string_view text, example::docparser::ExampleType::Value kind, bool color) {
     using Kind = example::docparser::ExampleType;
     switch (kind) {

@@ -139,13 +139,9 @@ public:
 
 private:
     void leftOut(const zwhost::reference::LeftOut& path) {
-        Finding finding;
-        finding.severity = checkRule("left-out").severity;
-        finding.file = utf16ToUtf8(zwhost::unicode::utf8ToUtf16Replacing(path.path));
-        finding.rule = "left-out";
-        finding.message = "not read: " + std::string(leftOutReason(path.why)) +
-                          (path.detail.empty() ? "" : " (" + path.detail + ")");
-        report_.findings.push_back(std::move(finding));
+        addFinding(utf16ToUtf8(zwhost::unicode::utf8ToUtf16Replacing(path.path)), "left-out",
+                   "not read: " + std::string(leftOutReason(path.why)) +
+                       (path.detail.empty() ? "" : " (" + path.detail + ")"));
     }
 
     std::u16string suffixOf(const std::u16string& locale) const {
@@ -448,7 +444,7 @@ CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read) {
             }
         }
     }
-    report.sortFindings();
+    report.finish();
     return report;
 }
 
