@@ -176,53 +176,60 @@ private:
         const std::string label = relative(product.getFullPath());
         const bool first = !packages_.count(label);
         try {
-            opc::zippackage::ZipPhysicalPackage physical(product.getFullPath(), selector, true);
-            opc::model::Package package(physical);
-            opc::zwservices::FileSystemManager manager(package, selector);
-            package.open(opc::interfaces::OpenMode::ReadOnly);
-            const auto leaves = manager.getAllLeafs();
-            const auto records = reference::docparser::detail::selectCatalogueLeaves(
-                leaves, product, docLocales_, suffixOf(locale), manager);
-            if (first) {
-                packageFound(label, &manager);
-            }
-            packages_[label] = packages_[label] || !records.empty();
-            auto& localised = localised_[{label, locale}];
-            for (const auto& record : records) {
-                const auto [name, partner] = entryNames(product, record, leaves.size() == 1,
-                                                        record.isNonEnglishLocale() ? locale : u"");
-                std::string text;
-                std::optional<ReadFailure> failure;
-                try {
-                    text = DocResourceParser::openAndReadFile(record);
-                } catch (const std::exception& error) {
-                    failure = readFailure(error);
-                }
-                if (record.isNonEnglishLocale()) {
-                    localised.push_back({record.getEntry().getPath(), name, partner, std::move(failure)});
-                    continue;
-                }
-                auto [outcome, fresh] = english_.try_emplace(name);
-                if (fresh) {
-                    outcome->second.file = newFile(name, {});
-                }
-                if (failure) {
-                    outcome->second.failedFor.push_back(locale);
-                    outcome->second.failure = std::move(failure);
-                    continue;
-                }
-                report_.files[outcome->second.file].locales.push_back(utf16ToUtf8(locale));
-                if (!outcome->second.checked) {
-                    outcome->second.checked = true;
-                    checkText(text, outcome->second.file, {}, partner);
-                }
-            }
+            reference::docparser::detail::withPackageCatalogues(
+                product, selector, docLocales_, suffixOf(locale),
+                [&](const auto& manager, const auto& leaves, const auto& records) {
+                    readCatalogues(product, label, locale, first, manager, leaves, records);
+                });
         } catch (const std::exception& error) {
             // Whatever fails while the package is opened or listed costs the library the whole package.
             if (first) {
                 packageFound(label, nullptr);
                 packages_[label] = true;
                 addFinding(label, "bad-package", "the package is not read: " + std::string(error.what()));
+            }
+        }
+    }
+
+    // Reads each catalogue of one pass over a package in its order, keeping the localised ones'
+    // verdicts for later and checking each English one the first time it is read.
+    void readCatalogues(const ProductPathData& product, const std::string& label,
+                        const std::u16string& locale, bool first,
+                        const opc::zwservices::FileSystemManager& manager,
+                        const std::vector<opc::zwservices::FileSystemEntry>& leaves,
+                        const std::vector<reference::docparser::ProductZipData>& records) {
+        if (first) {
+            packageFound(label, &manager);
+        }
+        packages_[label] = packages_[label] || !records.empty();
+        auto& localised = localised_[{label, locale}];
+        for (const auto& record : records) {
+            const auto [name, partner] =
+                entryNames(product, record, leaves.size() == 1, record.isNonEnglishLocale() ? locale : u"");
+            std::string text;
+            std::optional<ReadFailure> failure;
+            try {
+                text = DocResourceParser::openAndReadFile(record);
+            } catch (const std::exception& error) {
+                failure = readFailure(error);
+            }
+            if (record.isNonEnglishLocale()) {
+                localised.push_back({record.getEntry().getPath(), name, partner, std::move(failure)});
+                continue;
+            }
+            auto [outcome, fresh] = english_.try_emplace(name);
+            if (fresh) {
+                outcome->second.file = newFile(name, {});
+            }
+            if (failure) {
+                outcome->second.failedFor.push_back(locale);
+                outcome->second.failure = std::move(failure);
+                continue;
+            }
+            report_.files[outcome->second.file].locales.push_back(utf16ToUtf8(locale));
+            if (!outcome->second.checked) {
+                outcome->second.checked = true;
+                checkText(text, outcome->second.file, {}, partner);
             }
         }
     }
@@ -267,30 +274,33 @@ private:
         // The pass of this locale read these entries within the package's budget; they are read
         // again here for their text alone, through a fresh manager.
         try {
-            opc::zippackage::ZipPhysicalPackage physical(product.getFullPath(), selector, true);
-            opc::model::Package package(physical);
-            opc::zwservices::FileSystemManager manager(package, selector);
-            package.open(opc::interfaces::OpenMode::ReadOnly);
-            const auto leaves = manager.getAllLeafs();
-            for (const auto& record : reference::docparser::detail::selectCatalogueLeaves(
-                     leaves, product, docLocales_, suffixOf(locale), manager)) {
-                const auto entry = toRead.find(record.getEntry().getPath());
-                if (entry == toRead.end()) {
-                    continue;
-                }
-                const std::size_t file = files_.at(entry->second->label);
-                try {
-                    const std::string text = DocResourceParser::openAndReadFile(record);
-                    report_.files[file].locales.push_back(utf16ToUtf8(locale));
-                    checkText(text, file, locale, entry->second->partner);
-                } catch (const std::exception& error) {
-                    const ReadFailure failure = readFailure(error);
-                    addFinding(entry->second->label, failure.rule, "not read: " + failure.reason);
-                }
-            }
+            reference::docparser::detail::withPackageCatalogues(
+                product, selector, docLocales_, suffixOf(locale),
+                [&](const auto&, const auto&, const auto& records) { readTexts(locale, toRead, records); });
         } catch (const std::exception& error) {
             addFinding(relative(product.getFullPath()), "bad-package",
                        "the package is not read: " + std::string(error.what()));
+        }
+    }
+
+    // Checks the text of each localised catalogue that its pass read.
+    void readTexts(const std::u16string& locale,
+                   const std::map<std::u16string, const LocalisedEntry*>& toRead,
+                   const std::vector<reference::docparser::ProductZipData>& records) {
+        for (const auto& record : records) {
+            const auto entry = toRead.find(record.getEntry().getPath());
+            if (entry == toRead.end()) {
+                continue;
+            }
+            const std::size_t file = files_.at(entry->second->label);
+            try {
+                const std::string text = DocResourceParser::openAndReadFile(record);
+                report_.files[file].locales.push_back(utf16ToUtf8(locale));
+                checkText(text, file, locale, entry->second->partner);
+            } catch (const std::exception& error) {
+                const ReadFailure failure = readFailure(error);
+                addFinding(entry->second->label, failure.rule, "not read: " + failure.reason);
+            }
         }
     }
 
