@@ -203,15 +203,28 @@ private:
         }
         packages_[label] = packages_[label] || !records.empty();
         auto& localised = localised_[{label, locale}];
+        // Reading is the same whenever a package's same entries are read in the same order: a pass
+        // that chooses what an earlier one chose takes its verdicts without reading again.
+        std::vector<std::uint64_t> chosen;
         for (const auto& record : records) {
+            chosen.push_back(record.getEntry().info().index);
+        }
+        auto [verdicts, fresh] = verdicts_.try_emplace({label, std::move(chosen)});
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            const auto& record = records[i];
             const auto [name, partner] =
                 entryNames(product, record, leaves.size() == 1, record.isNonEnglishLocale() ? locale : u"");
             std::string text;
             std::optional<ReadFailure> failure;
-            try {
-                text = DocResourceParser::openAndReadFile(record);
-            } catch (const std::exception& error) {
-                failure = readFailure(error);
+            if (fresh) {
+                try {
+                    text = DocResourceParser::openAndReadFile(record);
+                } catch (const std::exception& error) {
+                    failure = readFailure(error);
+                }
+                verdicts->second.push_back(failure);
+            } else {
+                failure = verdicts->second.at(i);
             }
             if (record.isNonEnglishLocale()) {
                 localised.push_back({record.getEntry().getPath(), name, partner, std::move(failure)});
@@ -416,6 +429,8 @@ private:
     std::map<std::string, EntryOutcome> english_;
     std::map<std::pair<std::string, std::u16string>, std::vector<LocalisedEntry>> localised_;
     std::map<std::string, std::size_t> files_;
+    std::map<std::pair<std::string, std::vector<std::uint64_t>>, std::vector<std::optional<ReadFailure>>>
+        verdicts_;
     std::map<std::u16string, std::string> firstEnglish_;
     std::map<std::u16string, std::set<std::u16string>> englishIds_;
     std::map<std::u16string, std::u16string> partners_;
