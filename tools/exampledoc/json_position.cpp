@@ -172,16 +172,31 @@ LineIndex::LineIndex(std::string_view text) : text_(text) {
     for (std::size_t at = text.find('\n'); at != kNone; at = text.find('\n', at + 1)) {
         starts_.push_back(at + 1);
     }
+    std::size_t characters = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (at % kStride == 0) {
+            characters_.push_back(characters);
+        }
+        characters += isContinuation(text[at]) ? 0 : 1;
+    }
+}
+
+std::size_t LineIndex::charactersBefore(std::size_t offset) const {
+    if (offset == 0) {
+        return 0;
+    }
+    const std::size_t block = (offset - 1) / kStride;
+    const std::string_view rest = text_.substr(block * kStride, offset - block * kStride);
+    return characters_[block] + static_cast<std::size_t>(std::count_if(
+                                    rest.begin(), rest.end(), [](char c) { return !isContinuation(c); }));
 }
 
 TextPosition LineIndex::at(std::size_t offset) const {
     offset = std::min(offset, text_.size());
     const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
     const std::size_t lineStart = *(next - 1);
-    const std::string_view before = text_.substr(lineStart, offset - lineStart);
-    const auto characters =
-        std::count_if(before.begin(), before.end(), [](char c) { return !isContinuation(c); });
-    return {static_cast<std::size_t>(next - starts_.begin()), static_cast<std::size_t>(characters) + 1};
+    return {static_cast<std::size_t>(next - starts_.begin()),
+            charactersBefore(offset) - charactersBefore(lineStart) + 1};
 }
 
 std::size_t firstInvalidUtf8(std::string_view text) {
