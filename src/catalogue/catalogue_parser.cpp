@@ -1,8 +1,10 @@
 #include "catalogue_parser.hpp"
 
 #include <cstdint>
+#include <string>
 #include <utility>
 
+#include <boost/json/error.hpp>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
@@ -12,6 +14,7 @@
 namespace example::docparser::detail {
 namespace {
 
+using reference::docparser::CatalogueFormatError;
 using reference::docparser::DocResource;
 using ParsingTools = reference::docparser::DocResourceParser::ParsingTools;
 
@@ -22,19 +25,53 @@ constexpr std::uintptr_t kFetchedTableBytes = 12 * sizeof(boost::json::key_value
 constexpr std::uintptr_t kFetchedSpanBytes = 8192;
 constexpr std::uintptr_t kCacheLineBytes = 64;
 
+// A refusal inside the value under `key` (and its element `index`) lies under that step.
+void placeUnder(CatalogueFormatError& error, std::string_view key, std::size_t index = SIZE_MAX) {
+    std::string step(1, '/');
+    step += reference::docparser::jsonPointerStep(key);
+    if (index != SIZE_MAX) {
+        step += '/';
+        step += std::to_string(index);
+    }
+    error.placeUnder(step);
+}
+
+// `value` as an object or a string; another kind is refused in Boost.JSON's own words.
+const boost::json::object& asObject(const boost::json::value& value) {
+    if (!value.is_object()) {
+        throw CatalogueFormatError(boost::json::make_error_code(boost::json::error::not_object).message(), "",
+                                   CatalogueFormatError::Expected::Object, value.kind());
+    }
+    return value.get_object();
+}
+
+const boost::json::string& asString(const boost::json::value& value) {
+    if (!value.is_string()) {
+        throw CatalogueFormatError(boost::json::make_error_code(boost::json::error::not_string).message(), "",
+                                   CatalogueFormatError::Expected::String, value.kind());
+    }
+    return value.get_string();
+}
+
 std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
     std::vector<DocIDLink> links;
     const boost::json::value* const member = zwhost::json::findMember(entry, kKeyDocidLinks);
     if (member == nullptr) {
         return links;
     }
-    const boost::json::array& linkArray = ParsingTools::getJsonArray(*member);
-    links.reserve(linkArray.size());
-    for (const boost::json::value& element : linkArray) {
-        const boost::json::object& link = element.as_object();
-        std::u16string docID = ParsingTools::getFluString(link, kKeyDocid, ParsingTools::Verbatim);
-        std::u16string target = ParsingTools::getFluString(link, kKeyTarget, ParsingTools::Verbatim);
-        links.emplace_back(std::move(docID), std::move(target));
+    std::size_t index = SIZE_MAX;
+    try {
+        const boost::json::array& linkArray = ParsingTools::getJsonArray(*member);
+        links.reserve(linkArray.size());
+        for (index = 0; index < linkArray.size(); ++index) {
+            const boost::json::object& link = asObject(linkArray[index]);
+            std::u16string docID = ParsingTools::getFluString(link, kKeyDocid, ParsingTools::Verbatim);
+            std::u16string target = ParsingTools::getFluString(link, kKeyTarget, ParsingTools::Verbatim);
+            links.emplace_back(std::move(docID), std::move(target));
+        }
+    } catch (CatalogueFormatError& error) {
+        placeUnder(error, kKeyDocidLinks, index);
+        throw;
     }
     return links;
 }
@@ -43,10 +80,16 @@ ExampleType::Value getExampleType(const boost::json::object& entry) {
     ExampleType::Value exampleType = ExampleType::getDefaultValue();
     const boost::json::value* const member = zwhost::json::findMember(entry, kKeyExampleType);
     if (member != nullptr) {
-        const boost::json::string& text = member->as_string();
+        const boost::json::string* text = nullptr;
+        try {
+            text = &asString(*member);
+        } catch (CatalogueFormatError& error) {
+            placeUnder(error, kKeyExampleType);
+            throw;
+        }
         // An unreadable kind never costs the entry: it keeps the default.
         try {
-            exampleType = ExampleType::stringToEnum(std::string_view(text.data(), text.size()));
+            exampleType = ExampleType::stringToEnum(std::string_view(text->data(), text->size()));
         } catch (...) {
         }
     }
@@ -88,10 +131,16 @@ std::vector<std::u16string> getStringArray(const boost::json::object& entry, std
     if (member == entry.end()) {
         return strings;
     }
-    const boost::json::array& array = ParsingTools::getJsonArray(member->value());
-    strings.reserve(array.size());
-    for (const boost::json::value& element : array) {
-        strings.push_back(ParsingTools::getFluString(element, type));
+    std::size_t index = SIZE_MAX;
+    try {
+        const boost::json::array& array = ParsingTools::getJsonArray(member->value());
+        strings.reserve(array.size());
+        for (index = 0; index < array.size(); ++index) {
+            strings.push_back(ParsingTools::getFluString(array[index], type));
+        }
+    } catch (CatalogueFormatError& error) {
+        placeUnder(error, key, index);
+        throw;
     }
     return strings;
 }
@@ -115,42 +164,49 @@ ExampleCatalogues parseExampleCatalogue(const std::string& text) {
             fetchAhead(element, first[index + 1]);
         }
         // The order of these reads decides which failure ends the file first.
-        const boost::json::object& entry = element.as_object();
-        std::u16string name = ParsingTools::getFluString(entry, kKeyName, ParsingTools::Verbatim);
-        std::u16string component = ParsingTools::getFluString(entry, kKeyComponent, ParsingTools::Verbatim);
-        std::u16string title = ParsingTools::getFluString(entry, kKeyTitle, ParsingTools::Text);
-        std::u16string description =
-            ParsingTools::getFluStringWithFallback(entry, kKeyDescription, ParsingTools::Text);
-        std::u16string thumbnail = ParsingTools::getFluString(entry, kKeyThumbnail, ParsingTools::Verbatim);
-        const ExampleType::Value exampleType = getExampleType(entry);
+        try {
+            const boost::json::object& entry = asObject(element);
+            std::u16string name = ParsingTools::getFluString(entry, kKeyName, ParsingTools::Verbatim);
+            std::u16string component =
+                ParsingTools::getFluString(entry, kKeyComponent, ParsingTools::Verbatim);
+            std::u16string title = ParsingTools::getFluString(entry, kKeyTitle, ParsingTools::Text);
+            std::u16string description =
+                ParsingTools::getFluStringWithFallback(entry, kKeyDescription, ParsingTools::Text);
+            std::u16string thumbnail =
+                ParsingTools::getFluString(entry, kKeyThumbnail, ParsingTools::Verbatim);
+            const ExampleType::Value exampleType = getExampleType(entry);
 
-        // The key always has its "/", also when a half is empty.
-        std::u16string id;
-        id.reserve(component.size() + 1 + name.size());
-        id += component;
-        id += u'/';
-        id += name;
+            // The key always has its "/", also when a half is empty.
+            std::u16string id;
+            id.reserve(component.size() + 1 + name.size());
+            id += component;
+            id += u'/';
+            id += name;
 
-        std::u16string openCommand =
-            ParsingTools::getFluStringWithFallback(entry, kKeyOpenCmd, ParsingTools::Text);
-        if (openCommand.empty()) {
-            // "openExample('" is 13 code units and "');" 3: the command is built without growing.
-            openCommand.reserve(13 + id.size() + 3);
-            openCommand += u"openExample('";
-            openCommand += id;
-            openCommand += u"');";
+            std::u16string openCommand =
+                ParsingTools::getFluStringWithFallback(entry, kKeyOpenCmd, ParsingTools::Text);
+            if (openCommand.empty()) {
+                // "openExample('" is 13 code units and "');" 3: the command is built without growing.
+                openCommand.reserve(13 + id.size() + 3);
+                openCommand += u"openExample('";
+                openCommand += id;
+                openCommand += u"');";
+            }
+            std::vector<std::u16string> relativePaths =
+                getStringArray(entry, kKeyRelativePath, ParsingTools::Verbatim);
+            std::vector<std::u16string> supportingFiles =
+                getStringArray(entry, kKeySupportingFiles, ParsingTools::Text);
+            std::vector<DocIDLink> docIDLinks = getDocIDLinks(entry);
+
+            hint = items.try_emplace(hint, std::move(id));
+            hint->second.emplace_back(std::move(name), std::move(component), std::move(title),
+                                      std::move(description), std::move(relativePaths), std::move(thumbnail),
+                                      exampleType, std::move(openCommand), std::move(supportingFiles),
+                                      std::move(docIDLinks));
+        } catch (CatalogueFormatError& error) {
+            placeUnder(error, kKeyExampleItems, index);
+            throw;
         }
-        std::vector<std::u16string> relativePaths =
-            getStringArray(entry, kKeyRelativePath, ParsingTools::Verbatim);
-        std::vector<std::u16string> supportingFiles =
-            getStringArray(entry, kKeySupportingFiles, ParsingTools::Text);
-        std::vector<DocIDLink> docIDLinks = getDocIDLinks(entry);
-
-        hint = items.try_emplace(hint, std::move(id));
-        hint->second.emplace_back(std::move(name), std::move(component), std::move(title),
-                                  std::move(description), std::move(relativePaths), std::move(thumbnail),
-                                  exampleType, std::move(openCommand), std::move(supportingFiles),
-                                  std::move(docIDLinks));
     }
 
     DocResource<ExampleItem> catalogue{std::move(header), std::move(items)};

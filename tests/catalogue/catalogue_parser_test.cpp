@@ -1,6 +1,6 @@
 #include "catalogue/catalogue_parser.hpp"
 
-#include <stdexcept>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -60,8 +60,8 @@ TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
     EXPECT_EQ(result.begin()->second.items.at(u"c/n").at(0).getDocIDLinks().capacity(), 0U);
 }
 
-// What a text gives: "read" and the number of items, or why it fails: the JSON error, the
-// catalogue's format error or the error of a value used as what it is not.
+// What a text gives: "read" and the number of items, or why it fails: the JSON error or the
+// catalogue's format error.
 std::string outcome(const std::string& text) {
     try {
         return "read " + std::to_string(parseExampleCatalogue(text).begin()->second.items.size());
@@ -69,8 +69,6 @@ std::string outcome(const std::string& text) {
         return "json: " + error.code().message();
     } catch (const reference::docparser::CatalogueFormatError& error) {
         return std::string("format: ") + error.what();
-    } catch (const std::invalid_argument& error) {
-        return std::string("value: ") + error.what();
     }
 }
 
@@ -100,12 +98,62 @@ TEST_F(CatalogueParser, MalformedTextFailsTheWholeFileForItsReason) {
         {with(R"(,"supporting_files":[1])"), "format: array element: expected a string, found int64"},
         {with(R"(,"docid_links":[{"docid":"d"}])"), "format: member \"target\": expected a string, found nothing"},
         {with(R"(,"description":4)"), "format: member \"description\": expected a string, found int64"},
-        {catalogue("7"), "value: not an object"}, {with(R"(,"docid_links":["d"])"), "value: not an object"},
-        {with(R"(,"exampleType":5)"), "value: not a string"},
+        {catalogue("7"), "format: value is not an object"}, {with(R"(,"docid_links":["d"])"), "format: value is not an object"},
+        {with(R"(,"exampleType":5)"), "format: value is not a string"},
     };
     // clang-format on
     for (const auto& [text, expected] : rows) {
         EXPECT_EQ(outcome(text), expected) << text;
+    }
+}
+
+TEST_F(CatalogueParser, RefusalSaysWhereWhatWasExpectedAndWhatWasFound) {
+    using Expected = reference::docparser::CatalogueFormatError::Expected;
+    using boost::json::kind;
+    std::string hundred;
+    for (int i = 0; i < 100; ++i) {
+        hundred += entry("c", "n" + std::to_string(i)) + ",";
+    }
+    const auto with = [](const std::string& extra) { return catalogue(entry("c", "n", extra)); };
+    // clang-format off
+    const struct {
+        std::string text;
+        const char* pointer;
+        Expected expected;
+        std::optional<kind> found;
+        const char* message;
+    } rows[] = {
+        {catalogue("7"), "/exampleItems/0", Expected::Object, kind::int64, nullptr},
+        {R"({"exampleItems":[]})", "/header", Expected::Object, std::nullopt, "member \"header\": expected an object, found nothing"},
+        {R"({"header":[],"exampleItems":[]})", "/header", Expected::Object, kind::array, nullptr},
+        {R"({"header":{"helpFolder":3},"exampleItems":[]})", "/header/helpFolder", Expected::String, kind::int64, nullptr},
+        {R"({"header":{}})", "/exampleItems", Expected::Array, std::nullopt, nullptr},
+        {R"({"header":{},"exampleItems":{}})", "/exampleItems", Expected::Array, kind::object, nullptr},
+        {R"(["header"])", "", Expected::Object, kind::array, "catalogue root: expected an object, found array"},
+        {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "/exampleItems/100/name", Expected::String, std::nullopt, "member \"name\": expected a string, found nothing"},
+        {with(R"(,"exampleType":5)"), "/exampleItems/0/exampleType", Expected::String, kind::int64, nullptr},
+        {with(R"(,"relative_path":"a")"), "/exampleItems/0/relative_path", Expected::Array, kind::string, "value: expected an array, found string"},
+        {with(R"(,"supporting_files":["s",[1]])"), "/exampleItems/0/supporting_files/1", Expected::String, kind::array, nullptr},
+        {with(R"(,"docid_links":[{"docid":"d","target":"t"},{"docid":"d"}])"), "/exampleItems/0/docid_links/1/target", Expected::String, std::nullopt, nullptr},
+        {with(R"(,"docid_links":["d"])"), "/exampleItems/0/docid_links/0", Expected::Object, kind::string, nullptr},
+        {with(R"(,"docid_links":null)"), "/exampleItems/0/docid_links", Expected::Array, kind::null, nullptr},
+        {with(R"(,"description":4)"), "/exampleItems/0/description", Expected::String, kind::int64, nullptr},
+        {catalogue(entry("c", "n") + "," + R"({"name":"a/b~c","component":"c","title":"t","thumbnail":"x","openCmd":[]})"), "/exampleItems/1/openCmd", Expected::String, kind::array, nullptr},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        try {
+            parseExampleCatalogue(row.text);
+            ADD_FAILURE() << row.text;
+        } catch (const reference::docparser::CatalogueFormatError& error) {
+            EXPECT_TRUE(error.placed()) << row.text;
+            EXPECT_EQ(error.pointer(), row.pointer) << row.text;
+            EXPECT_EQ(error.expected(), row.expected) << row.text;
+            EXPECT_EQ(error.found(), row.found) << row.text;
+            if (row.message != nullptr) {
+                EXPECT_STREQ(error.what(), row.message);
+            }
+        }
     }
 }
 

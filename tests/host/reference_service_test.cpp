@@ -134,6 +134,7 @@ TEST_F(ReferenceService, FollowsNoLinkToAFolderStopsAtDepthSixteenAndSaysWhatItP
     fs::create_directory_symlink(tree.path(), tree.path() / "folder.zip");
     fs::create_symlink(tree.path() / "a.json", tree.path() / "linked.json");
     fs::create_symlink(tree.path() / "gone.json", tree.path() / "dangling.json");
+    fs::create_symlink(tree.path() / "looped.json", tree.path() / "looped.json");
     ASSERT_EQ(::mkfifo((tree.path() / "fifo.json").c_str(), 0600), 0);
     fs::path deep;
     for (int depth = 1; depth <= 17; ++depth) {
@@ -154,6 +155,7 @@ TEST_F(ReferenceService, FollowsNoLinkToAFolderStopsAtDepthSixteenAndSaysWhatItP
                            {"dangling.json", Why::DanglingLink},
                            {"fifo.json", Why::NotRegularFile},
                            {"folder.zip", Why::NotRegularFile},
+                           {"looped.json", Why::LinkLoop},
                        }));
 }
 

@@ -1,5 +1,7 @@
 #include <cstdint>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -8,8 +10,13 @@
 
 namespace {
 
+using zwhost::unicode::firstMalformedUtf8;
 using zwhost::unicode::MalformedText;
+using zwhost::unicode::nextCodePoint;
+using zwhost::unicode::Unpaired;
+using zwhost::unicode::utf16ToUtf8;
 using zwhost::unicode::utf8ToUtf16;
+using zwhost::unicode::utf8ToUtf16Replacing;
 
 struct Encoded {
     std::string utf8;
@@ -53,6 +60,8 @@ TEST(Utf8ToUtf16, AsciiAndOneWideCharacterAtEveryPlace) {
                 EXPECT_EQ(result, before.utf16 + wide.utf16 + after.utf16)
                     << "character of " << wide.utf8.size() << " bytes at " << at << " of " << length;
                 EXPECT_EQ(result.capacity(), std::max<std::size_t>(result.size(), 7)) << "sized exactly";
+                EXPECT_EQ(result.c_str()[result.size()], u'\0') << "nothing written past its end";
+                EXPECT_EQ(firstMalformedUtf8(before.utf8 + wide.utf8 + after.utf8), std::string::npos);
             }
         }
     }
@@ -68,20 +77,65 @@ TEST(Utf8ToUtf16, AsciiAndOneWideCharacterAtEveryPlace) {
     }
 }
 
-TEST(Utf8ToUtf16, MalformedSequencesAreRefusedWherever) {
+TEST(Utf8ToUtf16, MalformedSequencesAreRefusedWhereverAndReplacedByteByByte) {
     // Lone continuations, leads cut short or followed by ASCII, overlong forms, surrogates,
-    // past U+10FFFF, bytes never in UTF-8.
+    // past U+10FFFF, bytes never in UTF-8; and what the replacing form makes of each.
     // clang-format off
-    const std::string bad[] = {"\x80", "\xBF", "\xC3", "\xE6\x97", "\xF0\x9F\x98", "\xC3\x28", "\xC0\x80", "\xC1\xBF",
-                               "\xE0\x80\x80", "\xF0\x80\x80\x80", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80",
-                               "\xF8\x88\x80\x80", "\xFF"};
+    // The third column: where the first malformed byte is.
+    const std::tuple<std::string, std::u16string, std::size_t> bad[] = {
+        {"\x80", u"\uFFFD", 0}, {"\xBF", u"\uFFFD", 0}, {"\xC3", u"\uFFFD", 0}, {"\xE6\x97", u"\uFFFD\uFFFD", 0},
+        {"\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD", 0}, {"\xC3\x28", u"\uFFFD(", 0}, {"\xC0\x80", u"\uFFFD\uFFFD", 0},
+        {"\xC1\xBF", u"\uFFFD\uFFFD", 0}, {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD", 0}, {"\xE0\x9F\xBF", u"\uFFFD\uFFFD\uFFFD", 0},
+        {"\xF0\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0}, {"\xF0\x8F\xBF\xBF", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0},
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD", 0}, {"\xED\xBF\xBF", u"\uFFFD\uFFFD\uFFFD", 0},
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0}, {"\xF5\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0},
+        {"\xF8\x88\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0}, {"\xFF", u"\uFFFD", 0}, {"\xC3\xA9\xA9", u"\u00E9\uFFFD", 2},
+        {"\xE6\x97\xA5\xF0\x9F\x98\x80\x80", u"\u65E5\U0001F600\uFFFD", 7},
+    };
     // clang-format on
-    for (const std::string& sequence : bad) {
+    for (const auto& [sequence, replaced, firstBad] : bad) {
         for (const std::size_t before : {0, 1, 8, 15, 16, 17, 600}) {
             for (const std::size_t after : {0, 1, 8, 16}) {
-                EXPECT_THROW(utf8ToUtf16(ascii(before).utf8 + sequence + ascii(after).utf8), MalformedText)
+                const std::string text = ascii(before).utf8 + sequence + ascii(after).utf8;
+                EXPECT_THROW(utf8ToUtf16(text), MalformedText)
                     << "sequence of " << sequence.size() << " bytes after " << before << ", before " << after;
+                EXPECT_EQ(utf8ToUtf16Replacing(text), ascii(before).utf16 + replaced + ascii(after).utf16);
+                EXPECT_EQ(firstMalformedUtf8(text), before + firstBad);
             }
+        }
+    }
+}
+
+TEST(Utf8ToUtf16, EachCodePointIsReadWholeOrReplaced) {
+    for (const Encoded& wide : kWide) {
+        std::size_t at = 1;
+        const std::u16string& units = wide.utf16;
+        const char32_t expected = units.size() == 1
+                                      ? units[0]
+                                      : 0x10000 + ((char32_t{units[0]} - 0xD800) << 10) + (units[1] - 0xDC00);
+        EXPECT_EQ(nextCodePoint("a" + wide.utf8 + "b", at), expected);
+        EXPECT_EQ(at, 1 + wide.utf8.size());
+        EXPECT_EQ(utf16ToUtf8(wide.utf16), wide.utf8);
+        EXPECT_EQ(utf16ToUtf8(u"a" + wide.utf16 + u"b", Unpaired::Refuse), "a" + wide.utf8 + "b");
+    }
+    std::size_t at = 0;
+    EXPECT_EQ(nextCodePoint("\xE6\x97(", at), U'\uFFFD');
+    EXPECT_EQ(at, 1U);
+}
+
+TEST(Utf16ToUtf8, UnpairedSurrogatesAreReplacedOrRefused) {
+    // clang-format off
+    const std::pair<std::u16string, std::string> rows[] = {
+        {u"\xD800", "\xEF\xBF\xBD"}, {u"\xDBFF", "\xEF\xBF\xBD"}, {u"\xDC00", "\xEF\xBF\xBD"}, {u"\xDFFF", "\xEF\xBF\xBD"},
+        {u"a\xD800" u"b", "a\xEF\xBF\xBD" "b"}, {u"\xDC00\xD800", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {u"\xD800\xD800\xDC00", "\xEF\xBF\xBD\xF0\x90\x80\x80"}, {u"\xD83D\xDE00\xDE00", "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
+    };
+    // clang-format on
+    for (const auto& [text, replaced] : rows) {
+        for (const std::size_t before : {0, 1, 8, 17}) {
+            const std::u16string input = ascii(before).utf16 + text;
+            EXPECT_EQ(utf16ToUtf8(input), ascii(before).utf8 + replaced);
+            EXPECT_THROW(utf16ToUtf8(input, Unpaired::Refuse), MalformedText);
         }
     }
 }

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
-#include <regex>
 
 #include <boost/json/parse.hpp>
-#include <boost/json/serialize.hpp>
 #include <boost/json/stream_parser.hpp>
 
 #include "catalogue/catalogue_parser.hpp"
 #include "check_rules.hpp"
+#include "example_kinds.hpp"
 #include "json_position.hpp"
+#include "reference/docparser/catalogue_format_error.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace exampledoc {
@@ -43,10 +43,6 @@ std::string kindPhrase(std::string_view kind) {
     return found == phrases.end() ? std::string(kind) : std::string(found->second);
 }
 
-std::string kindPhrase(const boost::json::value& value) {
-    return kindPhrase(std::string_view(boost::json::to_string(value.kind())));
-}
-
 // An exception's text without the source location Boost.JSON appends to it.
 std::string failureText(const std::exception& error) {
     std::string text = error.what();
@@ -56,62 +52,47 @@ std::string failureText(const std::exception& error) {
     return text;
 }
 
-// What the library's parser said, taken apart: "member "title": expected a string, found int64".
-struct Complaint {
-    std::string subject; // "member", "header member", "catalogue root", "value", "array element", ...
-    std::string key;
-    std::string expected;
-    std::string found;
-};
-
-Complaint readComplaint(const std::string& text) {
-    static const std::regex keyed(
-        R"re(^(header member|member|value holding member) "(.*)": expected (.*), found (.*)$)re");
-    static const std::regex plain(R"re(^(catalogue root|value|array element): expected (.*), found (.*)$)re");
-    std::smatch match;
-    if (std::regex_match(text, match, keyed)) {
-        return {match[1], match[2], match[3], match[4]};
+// The steps of a JSON pointer, unescaped.
+std::vector<std::string> pointerSteps(std::string_view pointer) {
+    std::vector<std::string> steps;
+    while (!pointer.empty()) {
+        pointer.remove_prefix(1);
+        const std::size_t end = std::min(pointer.find('/'), pointer.size());
+        std::string step;
+        for (std::size_t i = 0; i < end; ++i) {
+            if (pointer[i] == '~' && i + 1 < end) {
+                step += pointer[++i] == '1' ? '/' : '~';
+            } else {
+                step += pointer[i];
+            }
+        }
+        steps.push_back(std::move(step));
+        pointer.remove_prefix(end);
     }
-    if (std::regex_match(text, match, plain)) {
-        return {match[1], {}, match[2], match[3]};
-    }
-    return {text, {}, {}, {}};
+    return steps;
 }
 
-// The library's verdict on one entry under the file's header: empty if it reads it.
-std::string probe(const boost::json::value& header, const boost::json::value& entry,
-                  example::docparser::ExampleCatalogues* result = nullptr) {
-    boost::json::object document;
-    document["header"] = header;
-    document["exampleItems"] = boost::json::array{entry};
-    try {
-        auto parsed = parseExampleCatalogue(boost::json::serialize(document));
-        if (result != nullptr) {
-            *result = std::move(parsed);
-        }
-        return {};
-    } catch (const std::exception& error) {
-        return failureText(error);
-    }
+bool isIndex(const std::string& step) {
+    return !step.empty() &&
+           std::all_of(step.begin(), step.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// The member of `entry` that makes the library say `complaint`: members are taken away one by
-// one, and the one whose going changes the verdict is it. A member whose absence is a complaint
-// of its own is needed, and stays.
-std::optional<std::string> culpritMember(const boost::json::value& header, const boost::json::object& entry,
-                                         const std::string& complaint) {
-    boost::json::object remaining = entry;
-    for (const auto& member : entry) {
-        boost::json::object trial = remaining;
-        trial.erase(member.key());
-        const std::string verdict = probe(header, trial);
-        if (verdict == complaint) {
-            remaining = std::move(trial);
-        } else if (verdict.find(quoted(member.key())) == kNone) {
-            return std::string(member.key());
+// The steps below an entry as people read them: "relative_path"[1] or "docid_links"[0]: "docid".
+std::string stepsPhrase(const std::vector<std::string>& steps, std::size_t from) {
+    std::string phrase;
+    for (std::size_t i = from; i < steps.size(); ++i) {
+        if (isIndex(steps[i]) && i > from) {
+            phrase += "[" + steps[i] + "]";
+        } else {
+            phrase += (phrase.empty() ? "" : ": ") + quoted(steps[i]);
         }
     }
-    return std::nullopt;
+    return phrase;
+}
+
+std::string_view expectedPhrase(reference::docparser::CatalogueFormatError::Expected expected) {
+    using Expected = reference::docparser::CatalogueFormatError::Expected;
+    return expected == Expected::Object ? "an object" : expected == Expected::Array ? "an array" : "a string";
 }
 
 class CatalogueCheck {
@@ -132,6 +113,12 @@ public:
             }
             if (!context_.errorsOnly) {
                 checkRead(catalogue);
+            }
+        } catch (const reference::docparser::CatalogueFormatError& error) {
+            if (context_.errorsOnly) {
+                add("bad-catalogue", {}, {}, failureText(error), 0);
+            } else {
+                explainRefusal(error);
             }
         } catch (const std::exception& error) {
             if (context_.errorsOnly) {
@@ -180,6 +167,20 @@ private:
         }
     }
 
+    // The escape of a surrogate (\\uD800 to \\uDFFF) that the parser stopped at or just past, or npos.
+    std::size_t surrogateEscape(std::size_t offset) const {
+        const std::size_t last = std::min(offset, text_.size());
+        for (std::size_t at = last + 1; at-- > (last >= 12 ? last - 12 : 0);) {
+            if (text_.compare(at, 3, "\\ud") == 0 || text_.compare(at, 3, "\\uD") == 0) {
+                if (at + 6 <= text_.size() &&
+                    std::string_view("89abcdefABCDEF").find(text_[at + 3]) != kNone) {
+                    return at;
+                }
+            }
+        }
+        return kNone;
+    }
+
     // Why the library's parser refused the text.
     void explainFailure(const std::string& complaint) {
         boost::json::stream_parser syntax;
@@ -192,13 +193,7 @@ private:
             explainSyntax(error, consumed);
             return;
         }
-        // Finding the place must never cost the finding: a complaint this check does not know
-        // is reported as the parser gave it.
-        try {
-            explainFormat(syntax.release(), complaint);
-        } catch (const std::exception&) {
-            add("bad-catalogue", "", {}, complaint);
-        }
+        add("bad-catalogue", "", {}, complaint);
     }
 
     void explainSyntax(const boost::json::error_code& error, std::size_t offset) {
@@ -214,6 +209,17 @@ private:
                 std::string("the text is not UTF-8: byte 0x") + kHex[byte >> 4U] + kHex[byte & 0xFU] +
                     " begins no valid sequence; save the file as UTF-8",
                 bad);
+            return;
+        }
+        const std::size_t escape = surrogateEscape(offset);
+        if (escape != kNone &&
+            (error == boost::json::error::illegal_leading_surrogate ||
+             error == boost::json::error::illegal_trailing_surrogate || escape + 6 == offset)) {
+            add("json-syntax", {}, {},
+                "'" + text_.substr(escape, 6) +
+                    "' is a lone surrogate: a character past U+FFFF is written as a pair of escapes, "
+                    "\\uD800 to \\uDBFF then \\uDC00 to \\uDFFF",
+                escape);
             return;
         }
         if (error == boost::json::error::too_deep) {
@@ -245,41 +251,6 @@ private:
         add("json-syntax", {}, {}, message, offset);
     }
 
-    void explainFormat(const boost::json::value& root, const std::string& said) {
-        const Complaint complaint = readComplaint(said);
-        if (complaint.subject == "catalogue root") {
-            add("wrong-type", "", {},
-                "the catalogue must be a JSON object, found " + kindPhrase(complaint.found));
-            return;
-        }
-        if (complaint.subject == "member" && (complaint.key == "header" || complaint.key == "exampleItems")) {
-            const std::string what = complaint.key == "header" ? "an object" : "an array";
-            if (complaint.found == "nothing") {
-                add("missing-member", "", {}, "the catalogue has no " + quoted(complaint.key) + " member");
-            } else {
-                add("wrong-type", "/" + complaint.key, {},
-                    quoted(complaint.key) + " must be " + what + ", found " + kindPhrase(complaint.found));
-            }
-            return;
-        }
-        if (complaint.subject == "header member") {
-            add("wrong-type", "/header/" + pointerStep(complaint.key), {},
-                "header " + quoted(complaint.key) + " must be a string, found " +
-                    kindPhrase(complaint.found));
-            return;
-        }
-        const boost::json::object& top = root.as_object();
-        const boost::json::value& header = top.at("header");
-        const boost::json::array& entries = top.at("exampleItems").as_array();
-        for (std::size_t index = 0; index < entries.size(); ++index) {
-            if (const std::string verdict = probe(header, entries[index]); !verdict.empty()) {
-                explainEntry(header, entries[index], index, verdict);
-                return;
-            }
-        }
-        add("bad-catalogue", "", {}, said);
-    }
-
     static std::string entryId(const boost::json::value& entry) {
         const boost::json::object* object = entry.if_object();
         if (object == nullptr) {
@@ -298,104 +269,45 @@ private:
         return id.empty() ? label : label + " (" + id + ")";
     }
 
-    void explainEntry(const boost::json::value& header, const boost::json::value& entry, std::size_t index,
-                      const std::string& said) {
-        const std::string pointer = "/exampleItems/" + std::to_string(index);
-        const std::string id = entryId(entry);
-        const std::string label = entryLabel(index, id);
-        const Complaint complaint = readComplaint(said);
-        if (!entry.is_object()) {
-            add("wrong-type", pointer, id, label + " must be an object, found " + kindPhrase(entry));
+    // Names the value the parser refused, from the place the refusal carries.
+    void explainRefusal(const reference::docparser::CatalogueFormatError& refusal) {
+        if (!refusal.placed()) {
+            add("bad-catalogue", "", {}, failureText(refusal));
             return;
         }
-        const boost::json::object& object = entry.get_object();
-        if (complaint.subject == "member") {
-            if (const boost::json::value* member = object.if_contains(complaint.key)) {
-                add("wrong-type", pointer + "/" + pointerStep(complaint.key), id,
-                    label + ": " + quoted(complaint.key) + " must be " + complaint.expected + ", found " +
-                        kindPhrase(*member));
-                return;
+        const std::string pointer(refusal.pointer());
+        const std::vector<std::string> steps = pointerSteps(pointer);
+        const bool missing = !refusal.found().has_value();
+        std::string id;
+        std::string subject;
+        if (steps.size() >= 2 && steps[0] == "exampleItems" && isIndex(steps[1])) {
+            const boost::json::value root = boost::json::parse(text_);
+            const std::size_t index = std::stoul(steps[1]);
+            id = entryId(root.at("exampleItems").at(index));
+            subject = entryLabel(index, id);
+            const std::string below = stepsPhrase(steps, 2);
+            if (!below.empty() && !(missing && steps.size() == 3)) {
+                subject += ": " + (missing ? stepsPhrase({steps.begin(), steps.end() - 1}, 2) : below);
             }
-            if (const auto culprit = culpritMember(header, object, said)) {
-                explainElement(object.at(*culprit), pointer + "/" + pointerStep(*culprit), id,
-                               label + ": " + quoted(*culprit), complaint);
-                return;
-            }
-            add("missing-member", pointer, id, label + " has no " + quoted(complaint.key));
+        } else if (steps.size() == 2 && steps[0] == "header") {
+            subject = "header " + quoted(steps[1]);
+        } else if (steps.empty()) {
+            subject = "the catalogue";
+        } else if (!missing) {
+            subject = quoted(steps.back());
+        }
+        if (missing) {
+            const std::string parent = pointer.substr(0, pointer.rfind('/'));
+            add("missing-member", parent, id,
+                (subject.empty() ? "the catalogue has no " + quoted(steps.back()) + " member"
+                                 : subject + " has no " + quoted(steps.back())));
             return;
         }
-        const auto culprit = culpritMember(header, object, said);
-        if (!culprit) {
-            add("bad-catalogue", pointer, id, label + ": " + said);
-            return;
-        }
-        const boost::json::value& value = object.at(*culprit);
-        const std::string memberPointer = pointer + "/" + pointerStep(*culprit);
-        const std::string memberLabel = label + ": " + quoted(*culprit);
-        if (!value.is_array() || complaint.subject == "value") {
-            add("wrong-type", memberPointer, id,
-                memberLabel + " must be " + expectedOf(header, object, *culprit) + ", found " +
-                    kindPhrase(value));
-            return;
-        }
-        explainElement(value, memberPointer, id, memberLabel, complaint);
-    }
-
-    // What a member that the library refused must hold, found by offering it the candidates.
-    static std::string expectedOf(const boost::json::value& header, const boost::json::object& entry,
-                                  const std::string& key) {
-        for (const auto& [candidate, phrase] :
-             {std::pair<boost::json::value, std::string_view>{boost::json::array{""}, "an array of strings"},
-              {boost::json::array{boost::json::object{}}, "an array of objects"},
-              {boost::json::value(""), "a string"}}) {
-            boost::json::object trial = entry;
-            trial[key] = candidate;
-            const std::string verdict = probe(header, trial);
-            if (verdict.empty() || readComplaint(verdict).subject == "member") {
-                return std::string(phrase);
-            }
-        }
-        return "of another type";
-    }
-
-    // The element of the array `value` that the library refused.
-    void explainElement(const boost::json::value& value, const std::string& pointer, const std::string& id,
-                        const std::string& label, const Complaint& complaint) {
-        const boost::json::array* array = value.if_array();
-        if (array == nullptr) {
-            add("wrong-type", pointer, id, label + " must be an array, found " + kindPhrase(value));
-            return;
-        }
-        for (std::size_t i = 0; i < array->size(); ++i) {
-            const boost::json::value& element = (*array)[i];
-            const std::string elementPointer = pointer + "/" + std::to_string(i);
-            const std::string elementLabel = label + "[" + std::to_string(i) + "]";
-            if (complaint.subject == "array element") {
-                if (!element.is_string()) {
-                    add("wrong-type", elementPointer, id,
-                        elementLabel + " must be a string, found " + kindPhrase(element));
-                    return;
-                }
-            } else if (!element.is_object()) {
-                add("wrong-type", elementPointer, id,
-                    elementLabel + " must be an object, found " + kindPhrase(element));
-                return;
-            } else if (complaint.subject == "member") {
-                const boost::json::value* member = element.get_object().if_contains(complaint.key);
-                if (member == nullptr) {
-                    add("missing-member", elementPointer, id,
-                        elementLabel + " has no " + quoted(complaint.key));
-                    return;
-                }
-                if (!member->is_string()) {
-                    add("wrong-type", elementPointer + "/" + pointerStep(complaint.key), id,
-                        elementLabel + ": " + quoted(complaint.key) + " must be a string, found " +
-                            kindPhrase(*member));
-                    return;
-                }
-            }
-        }
-        add("bad-catalogue", pointer, id, label + ": " + complaint.subject);
+        const std::string expected =
+            steps.empty() ? "a JSON object" : std::string(expectedPhrase(refusal.expected()));
+        add("wrong-type", pointer, id,
+            subject + " must be " + expected + ", found " +
+                kindPhrase(std::string_view(boost::json::to_string(*refusal.found()))));
     }
 
     // Warnings about a catalogue the library reads.
@@ -437,23 +349,25 @@ private:
             }
         }
         if (suspect) {
-            checkEntries(englishIds);
+            checkEntries(catalogue, englishIds);
         }
     }
 
-    // Finds the entries behind the suspicions, one at a time through the library's parser.
-    void checkEntries(const std::set<std::u16string>* englishIds) {
+    // Finds the entries behind the suspicions: the k-th entry of an id in the text is the k-th
+    // item the library keeps under that id.
+    void checkEntries(const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
+                      const std::set<std::u16string>* englishIds) {
         const boost::json::value root = boost::json::parse(text_);
-        const boost::json::value& header = root.at("header");
         const boost::json::array& entries = root.at("exampleItems").as_array();
         std::map<std::u16string, std::size_t> firstIndex;
+        std::map<std::u16string, std::size_t> seen;
         for (std::size_t index = 0; index < entries.size(); ++index) {
-            example::docparser::ExampleCatalogues single;
-            if (!probe(header, entries[index], &single).empty()) {
-                continue;
-            }
-            const auto& [id, items] = *single.begin()->second.items.begin();
-            const auto& item = items.front();
+            const boost::json::object& entry = entries[index].as_object();
+            const auto& component = entry.at("component").get_string();
+            const auto& name = entry.at("name").get_string();
+            const std::u16string id = zwhost::unicode::utf8ToUtf16({component.data(), component.size()}) +
+                                      u'/' + zwhost::unicode::utf8ToUtf16({name.data(), name.size()});
+            const auto& item = catalogue.items.at(id).at(seen[id]++);
             const std::string idText = utf16ToUtf8(id);
             const std::string pointer = "/exampleItems/" + std::to_string(index);
             const std::string label = entryLabel(index, idText);
@@ -472,7 +386,7 @@ private:
                             (field == "title" ? "" : "; the id becomes " + quoted(idText)));
                 }
             }
-            const boost::json::value* kind = entries[index].as_object().if_contains("exampleType");
+            const boost::json::value* kind = entry.if_contains("exampleType");
             if (item.getExampleType() == ExampleType::Unknown && kind != nullptr &&
                 kind->get_string() != "Unknown") {
                 add("unknown-kind", pointer + "/exampleType", idText,
@@ -497,12 +411,17 @@ private:
             }
             return result;
         };
-        for (const char* form : {"Live Script", "Script", "Model", "Example", "Chart", "App"}) {
-            if (folded(form) == folded(text)) {
-                return std::string(" (did you mean ") + quoted(form) + "?)";
+        // "Unknown" is the kind of an example of no kind: it is never suggested.
+        std::vector<std::string_view> kinds = catalogueKindForms();
+        std::erase(kinds, ExampleType::enumToString(ExampleType::getDefaultValue()));
+        std::string all;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            if (folded(kinds[i]) == folded(text)) {
+                return " (did you mean " + quoted(kinds[i]) + "?)";
             }
+            all += (i == 0 ? "" : i + 1 == kinds.size() ? " and " : ", ") + quoted(kinds[i]);
         }
-        return " (the kinds are \"Live Script\", \"Script\", \"Model\", \"Example\", \"Chart\" and \"App\")";
+        return " (the kinds are " + all + ")";
     }
 
     const std::string& text_;

@@ -15,31 +15,20 @@ boost::json::array stringsToJson(const std::vector<std::string>& strings) {
     return array;
 }
 
-std::size_t countIn(const CheckReport& report, const std::string& file, Severity severity) {
-    std::size_t count = 0;
-    for (const Finding& finding : report.findings) {
-        count += finding.file == file && finding.severity == severity ? 1 : 0;
-    }
-    return count;
-}
-
 } // namespace
 
 void writeCheckJson(std::ostream& out, const CheckReport& report) {
     boost::json::array files;
-    std::size_t catalogues = 0;
-    std::size_t skipped = 0;
     for (const CheckedFile& file : report.files) {
         const bool package = file.kind == CheckedFile::Kind::Package;
-        const bool read = !report.hasErrors(file.file);
-        catalogues += package ? 0 : 1;
-        skipped += read ? 0 : 1;
+        const SeverityCounts counts = report.countsOf(file.file);
+        const bool read = counts.errors == 0;
         boost::json::object entry{
             {"file", file.file},
             {"kind", package ? "package" : "catalogue"},
             {"status", read ? "read" : "skipped"},
-            {"errors", countIn(report, file.file, Severity::Error)},
-            {"warnings", countIn(report, file.file, Severity::Warning)},
+            {"errors", counts.errors},
+            {"warnings", counts.warnings},
         };
         if (!package) {
             entry["english"] = file.english;
@@ -70,8 +59,8 @@ void writeCheckJson(std::ostream& out, const CheckReport& report) {
         {"locales", stringsToJson(report.locales)},
         {"files", std::move(files)},
         {"findings", std::move(findings)},
-        {"summary", boost::json::object{{"catalogues", catalogues},
-                                        {"skipped", skipped},
+        {"summary", boost::json::object{{"catalogues", report.catalogues()},
+                                        {"skipped", report.skipped()},
                                         {"errors", report.count(Severity::Error)},
                                         {"warnings", report.count(Severity::Warning)},
                                         {"notes", report.count(Severity::Note)}}},

@@ -1,7 +1,6 @@
 #include "check_report.hpp"
 
 #include <algorithm>
-#include <set>
 #include <tuple>
 
 namespace exampledoc {
@@ -18,29 +17,48 @@ std::string_view severityName(Severity severity) {
     return "note";
 }
 
+namespace {
+
+std::size_t& slot(SeverityCounts& counts, Severity severity) {
+    return severity == Severity::Error     ? counts.errors
+           : severity == Severity::Warning ? counts.warnings
+                                           : counts.notes;
+}
+
+} // namespace
+
 std::size_t CheckReport::count(Severity severity) const {
-    return static_cast<std::size_t>(
-        std::count_if(findings.begin(), findings.end(),
-                      [&](const Finding& finding) { return finding.severity == severity; }));
+    SeverityCounts counts = total_;
+    return slot(counts, severity);
+}
+
+SeverityCounts CheckReport::countsOf(const std::string& file) const {
+    const auto found = perFile_.find(file);
+    return found == perFile_.end() ? SeverityCounts{} : found->second;
 }
 
 bool CheckReport::hasErrors(const std::string& file) const {
-    return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
-        return finding.severity == Severity::Error && finding.file == file;
-    });
+    return countsOf(file).errors > 0;
 }
 
-void CheckReport::sortFindings() {
-    std::set<std::string> withErrors;
+void CheckReport::finish() {
+    perFile_.clear();
+    total_ = {};
     for (const Finding& finding : findings) {
-        if (finding.severity == Severity::Error) {
-            withErrors.insert(finding.file);
-        }
+        ++slot(perFile_[finding.file], finding.severity);
+        ++slot(total_, finding.severity);
+    }
+    catalogues_ = 0;
+    skipped_ = 0;
+    for (const CheckedFile& file : files) {
+        catalogues_ += file.kind == CheckedFile::Kind::Catalogue ? 1 : 0;
+        skipped_ += hasErrors(file.file) ? 1 : 0;
     }
     std::stable_sort(findings.begin(), findings.end(), [&](const Finding& a, const Finding& b) {
-        return std::make_tuple(withErrors.count(a.file) == 0, std::cref(a.file), a.severity, a.line,
-                               a.column) < std::make_tuple(withErrors.count(b.file) == 0, std::cref(b.file),
-                                                           b.severity, b.line, b.column);
+        const bool aRead = !hasErrors(a.file);
+        const bool bRead = !hasErrors(b.file);
+        return std::tie(aRead, a.file, a.severity, a.line, a.column) <
+               std::tie(bRead, b.file, b.severity, b.line, b.column);
     });
 }
 

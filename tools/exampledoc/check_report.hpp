@@ -8,9 +8,12 @@
 #include <string_view>
 #include <vector>
 
-#include "text_output.hpp"
+#include <map>
 
 namespace exampledoc {
+
+/** How much a finding weighs: an error is what makes the library skip a file. */
+enum class Severity { Error, Warning, Note };
 
 /** "error", "warning" or "note". */
 std::string_view severityName(Severity severity);
@@ -39,6 +42,13 @@ struct CheckedFile {
     std::size_t examples = 0;
 };
 
+/** Findings of each severity. */
+struct SeverityCounts {
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
+    std::size_t notes = 0;
+};
+
 /** Everything one check found. Findings are in the order in which the report prints them. */
 struct CheckReport {
     std::string root;
@@ -47,11 +57,23 @@ struct CheckReport {
     std::vector<Finding> findings;
 
     std::size_t count(Severity severity) const;
+    /** The findings of each severity in one file, as counted by finish. */
+    SeverityCounts countsOf(const std::string& file) const;
     /** Whether a file has an error: the library skips it. */
     bool hasErrors(const std::string& file) const;
-    /** Puts the findings in report order: by file, files with errors first, then by severity
-        and place. */
-    void sortFindings();
+    /** How many catalogues were checked, and how many files and packages are skipped. */
+    std::size_t catalogues() const { return catalogues_; }
+    std::size_t skipped() const { return skipped_; }
+
+    /** Puts the findings in report order (by file, files with errors first, then by severity
+        and place) and counts them, once, for the writers. */
+    void finish();
+
+private:
+    std::map<std::string, SeverityCounts> perFile_;
+    SeverityCounts total_;
+    std::size_t catalogues_ = 0;
+    std::size_t skipped_ = 0;
 };
 
 /** The version of the JSON report's schema; raised when a member changes or goes. */

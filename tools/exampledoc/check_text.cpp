@@ -1,6 +1,10 @@
+#include <array>
 #include <map>
 
+#include <fmt/color.h>
+
 #include "check_report.hpp"
+#include "text_output.hpp"
 
 namespace exampledoc {
 namespace {
@@ -25,25 +29,30 @@ std::string describe(const CheckedFile* file) {
     if (file->kind == CheckedFile::Kind::Package) {
         return "  (package)";
     }
-    return file->english ? "  (English, read for " + joined(file->locales) + ")"
-                         : "  (read for " + joined(file->locales) + ")";
+    const std::string read = file->locales.empty() ? "not read" : "read for " + joined(file->locales);
+    return file->english ? "  (English, " + read + ")" : "  (" + read + ")";
+}
+
+// `text` in the colour of `severity`, or as it is when `color` is false.
+std::string paintSeverity(std::string_view text, Severity severity, bool color) {
+    static constexpr std::array kStyles = {
+        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::red),
+        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::yellow),
+        fmt::fg(fmt::terminal_color::cyan),
+    };
+    return color ? fmt::format(kStyles.at(static_cast<std::size_t>(severity)), "{}", text)
+                 : std::string(text);
 }
 
 } // namespace
 
 void writeCheckText(std::ostream& out, const CheckReport& report, bool color) {
     std::map<std::string, const CheckedFile*> files;
-    std::size_t catalogues = 0;
-    std::size_t skipped = 0;
     for (const CheckedFile& file : report.files) {
         files.emplace(file.file, &file);
-        if (file.kind == CheckedFile::Kind::Catalogue) {
-            ++catalogues;
-        }
-        if (report.hasErrors(file.file)) {
-            ++skipped;
-        }
     }
+    const std::size_t catalogues = report.catalogues();
+    const std::size_t skipped = report.skipped();
     const std::string* current = nullptr;
     for (const Finding& finding : report.findings) {
         if (current == nullptr || *current != finding.file) {

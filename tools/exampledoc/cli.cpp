@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.hpp"
+#include "example_kinds.hpp"
 #include "schema_command.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
@@ -78,8 +79,7 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
         ->type_name("NAME");
     list->add_option("--kind", options.kind, "only examples of this kind")
         ->type_name("KIND")
-        ->transform(CLI::IsMember({"Live_Script", "Script", "Model", "Example", "Chart", "App", "Unknown"},
-                                  CLI::ignore_case));
+        ->transform(CLI::IsMember(kindNames(), CLI::ignore_case));
     list->add_option("ID", options.operands,
                      "only examples whose id matches one of these globs, such as "
                      "'graphics/*'");

@@ -106,63 +106,99 @@ boost::json::object coverageToJson(const Coverage& coverage, bool lists) {
     return object;
 }
 
-} // namespace
+/** What coverage found: per help folder and checked locale, then per locale over all of them. */
+struct CoverageReport {
+    struct HelpFolder {
+        std::string name;
+        std::size_t english = 0;
+        std::vector<std::pair<std::string, Coverage>> locales;
+    };
+    std::string root;
+    std::vector<std::string> locales;
+    std::vector<HelpFolder> helpFolders;
+    std::vector<std::pair<std::string, Coverage>> totals;
+    std::size_t skipped = 0; // catalogues and packages the library does not read
+};
 
-int coverageCommand(const Options& options, std::ostream& out, std::ostream& err) {
-    if (options.format != "text" && options.format != "json") {
-        throw UsageError("format \"" + options.format + "\" is neither text nor json");
-    }
-    const TreeScope scope = scopeOf(options);
+CoverageReport coverageReport(const TreeScope& scope) {
     std::map<std::u16string, HelpFolderIds> folders;
-    const CheckReport report =
+    const CheckReport checked =
         checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
             HelpFolderIds& ids = folders[facts.helpFolder];
             Ids& into = locale.empty() ? ids.english : ids.localised[locale];
             into.insert(facts.ids.begin(), facts.ids.end());
         });
-
+    CoverageReport report;
+    report.root = checked.root;
+    report.locales = checked.locales;
+    report.skipped = checked.skipped();
     std::map<std::u16string, Coverage> totals;
-    boost::json::array helpFolders;
     for (const auto& [helpFolder, ids] : folders) {
-        if (options.format == "text") {
-            out << (helpFolders.empty() ? "" : "\n") << utf16ToUtf8(helpFolder) << "  (" << ids.english.size()
-                << (ids.english.size() == 1 ? " English example)\n" : " English examples)\n");
-        }
-        boost::json::object locales;
+        CoverageReport::HelpFolder folder{utf16ToUtf8(helpFolder), ids.english.size(), {}};
         for (const std::u16string& locale : scope.checked) {
-            const Coverage coverage = coverageOf(ids, locale);
+            Coverage coverage = coverageOf(ids, locale);
             totals[locale].add(coverage);
-            if (options.format == "text") {
-                writeLine(out, utf16ToUtf8(locale), coverage, true);
-            }
-            locales[utf16ToUtf8(locale)] = coverageToJson(coverage, true);
+            folder.locales.emplace_back(utf16ToUtf8(locale), std::move(coverage));
         }
-        helpFolders.push_back(boost::json::object{{"helpFolder", utf16ToUtf8(helpFolder)},
-                                                  {"english", ids.english.size()},
-                                                  {"locales", std::move(locales)}});
-    }
-    boost::json::object totalJson;
-    if (options.format == "text") {
-        out << (folders.empty() ? "" : "\n") << "total\n";
+        report.helpFolders.push_back(std::move(folder));
     }
     for (const std::u16string& locale : scope.checked) {
-        if (options.format == "text") {
-            writeLine(out, utf16ToUtf8(locale), totals[locale], false);
+        report.totals.emplace_back(utf16ToUtf8(locale), std::move(totals[locale]));
+    }
+    return report;
+}
+
+void writeCoverageText(std::ostream& out, const CoverageReport& report) {
+    for (std::size_t i = 0; i < report.helpFolders.size(); ++i) {
+        const CoverageReport::HelpFolder& folder = report.helpFolders[i];
+        out << (i == 0 ? "" : "\n") << folder.name << "  (" << folder.english
+            << (folder.english == 1 ? " English example)\n" : " English examples)\n");
+        for (const auto& [locale, coverage] : folder.locales) {
+            writeLine(out, locale, coverage, true);
         }
-        totalJson[utf16ToUtf8(locale)] = coverageToJson(totals[locale], false);
     }
+    out << (report.helpFolders.empty() ? "" : "\n") << "total\n";
+    for (const auto& [locale, coverage] : report.totals) {
+        writeLine(out, locale, coverage, false);
+    }
+}
+
+void writeCoverageJson(std::ostream& out, const CoverageReport& report) {
+    boost::json::array helpFolders;
+    for (const CoverageReport::HelpFolder& folder : report.helpFolders) {
+        boost::json::object locales;
+        for (const auto& [locale, coverage] : folder.locales) {
+            locales[locale] = coverageToJson(coverage, true);
+        }
+        helpFolders.push_back(boost::json::object{
+            {"helpFolder", folder.name}, {"english", folder.english}, {"locales", std::move(locales)}});
+    }
+    boost::json::object totals;
+    for (const auto& [locale, coverage] : report.totals) {
+        totals[locale] = coverageToJson(coverage, false);
+    }
+    out << boost::json::serialize(boost::json::object{
+               {"version", kCheckJsonVersion},
+               {"root", report.root},
+               {"locales", boost::json::array(report.locales.begin(), report.locales.end())},
+               {"helpFolders", std::move(helpFolders)},
+               {"totals", std::move(totals)}})
+        << '\n';
+}
+
+} // namespace
+
+// The command line allows only the formats written here.
+int coverageCommand(const Options& options, std::ostream& out, std::ostream& err) {
+    const CoverageReport report = coverageReport(scopeOf(options));
     if (options.format == "json") {
-        out << boost::json::serialize(boost::json::object{
-                   {"version", kCheckJsonVersion},
-                   {"root", report.root},
-                   {"locales", boost::json::array(report.locales.begin(), report.locales.end())},
-                   {"helpFolders", std::move(helpFolders)},
-                   {"totals", std::move(totalJson)}})
-            << '\n';
+        writeCoverageJson(out, report);
+    } else {
+        writeCoverageText(out, report);
     }
-    if (const std::size_t errors = report.count(Severity::Error); errors > 0) {
-        err << "exampledoc coverage: " << errors
-            << (errors == 1 ? " catalogue or package is" : " catalogues or packages are")
+    if (report.skipped > 0) {
+        err << "exampledoc coverage: " << report.skipped
+            << (report.skipped == 1 ? " catalogue or package is" : " catalogues or packages are")
             << " not read; 'exampledoc check' tells why\n";
     }
     return 0;

@@ -4,8 +4,12 @@
 #include <cstdint>
 #include <unordered_map>
 
-#include <boost/json/basic_parser_impl.hpp>
-#include <boost/locale/utf.hpp>
+#include <unordered_set>
+
+#include <boost/json/parse.hpp>
+
+#include "reference/docparser/catalogue_format_error.hpp"
+#include "zwhost/unicode.hpp"
 
 namespace exampledoc {
 namespace {
@@ -16,141 +20,149 @@ bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
-// Follows the parse event by event and notes where each wanted pointer begins. The text is fed
-// one byte at a time, so that the offset of every event is known: the handler is told nothing
-// of where it stands.
+// Walks a JSON text that Boost.JSON accepts, once, and notes where each wanted pointer begins.
+// Only the containers on the way to a wanted pointer are followed; every other value is skipped
+// over, so that each byte is looked at a bounded number of times.
 class PointerFinder {
 public:
-    constexpr static std::size_t max_object_size = static_cast<std::size_t>(-1);
-    constexpr static std::size_t max_array_size = static_cast<std::size_t>(-1);
-    constexpr static std::size_t max_key_size = static_cast<std::size_t>(-1);
-    constexpr static std::size_t max_string_size = static_cast<std::size_t>(-1);
-
     PointerFinder(std::string_view text, const std::vector<std::string>& pointers)
         : text_(text), offsets_(pointers.size(), kNone) {
         for (std::size_t i = 0; i < pointers.size(); ++i) {
             wanted_.emplace(pointers[i], i);
+            for (std::size_t slash = pointers[i].find('/'); slash != kNone;
+                 slash = pointers[i].find('/', slash + 1)) {
+                prefixes_.insert(pointers[i].substr(0, slash));
+            }
         }
     }
 
-    void feed(std::size_t position) { position_ = position; }
-    bool done() const { return wanted_.empty(); }
-    std::vector<std::size_t> take() { return std::move(offsets_); }
-
-    bool on_document_begin(boost::json::error_code&) { return true; }
-    bool on_document_end(boost::json::error_code&) { return true; }
-    bool on_object_begin(boost::json::error_code&) { return open(false); }
-    bool on_object_end(std::size_t, boost::json::error_code&) { return close(); }
-    bool on_array_begin(boost::json::error_code&) { return open(true); }
-    bool on_array_end(std::size_t, boost::json::error_code&) { return close(); }
-    bool on_key_part(boost::json::string_view part, std::size_t, boost::json::error_code&) {
-        key_.append(part.data(), part.size());
-        return true;
+    std::vector<std::size_t> run() {
+        std::string path;
+        skipBlank();
+        follow(path, 0);
+        return std::move(offsets_);
     }
-    bool on_key(boost::json::string_view part, std::size_t, boost::json::error_code&) {
-        key_.append(part.data(), part.size());
-        member_ = path_ + '/' + pointerStep(key_);
-        key_.clear();
-        found(member_, start());
-        lastEnd_ = position_;
-        return true;
-    }
-    bool on_string_part(boost::json::string_view, std::size_t, boost::json::error_code&) {
-        begin();
-        return true;
-    }
-    bool on_string(boost::json::string_view, std::size_t, boost::json::error_code&) { return scalar(); }
-    bool on_number_part(boost::json::string_view, boost::json::error_code&) {
-        begin();
-        return true;
-    }
-    bool on_int64(std::int64_t, boost::json::string_view, boost::json::error_code&) { return scalar(); }
-    bool on_uint64(std::uint64_t, boost::json::string_view, boost::json::error_code&) { return scalar(); }
-    bool on_double(double, boost::json::string_view, boost::json::error_code&) { return scalar(); }
-    bool on_bool(bool, boost::json::error_code&) { return scalar(); }
-    bool on_null(boost::json::error_code&) { return scalar(); }
-    bool on_comment_part(boost::json::string_view, boost::json::error_code&) { return true; }
-    bool on_comment(boost::json::string_view, boost::json::error_code&) { return true; }
 
 private:
-    struct Frame {
-        bool array;
-        std::size_t index;
-        std::size_t parentSize; // length of the container's parent pointer
-    };
+    static constexpr std::size_t kDeepest = 64;
 
-    // The first byte of the value that begins after the last complete event.
-    std::size_t start() const {
-        std::size_t at = lastEnd_;
-        while (at < text_.size() && std::string_view(" \t\r\n,:").find(text_[at]) != kNone) {
-            ++at;
+    void skipBlank() {
+        while (at_ < text_.size() && std::string_view(" \t\r\n").find(text_[at_]) != kNone) {
+            ++at_;
         }
-        return at;
     }
 
-    // A value begins: an element of an array is found here; a member was found at its key.
-    std::string begin() {
-        if (started_) {
-            return member_;
+    bool take(char c) {
+        skipBlank();
+        if (at_ < text_.size() && text_[at_] == c) {
+            ++at_;
+            return true;
         }
-        started_ = true;
-        if (frames_.empty()) {
-            member_.clear();
-            found(member_, start());
-        } else if (frames_.back().array) {
-            member_ = path_ + '/' + std::to_string(frames_.back().index);
-            found(member_, start());
+        return false;
+    }
+
+    // The string that begins at the quote under the cursor, as its text says it (escapes kept).
+    std::string_view rawString() {
+        const std::size_t begin = at_++;
+        while (at_ < text_.size() && text_[at_] != '"') {
+            at_ += text_[at_] == '\\' ? 2 : 1;
         }
-        return member_;
+        at_ = std::min(at_ + 1, text_.size());
+        return text_.substr(begin, at_ - begin);
     }
 
-    bool open(bool array) {
-        const std::string pointer = begin();
-        frames_.push_back({array, 0, path_.size()});
-        path_ = pointer;
-        started_ = false;
-        lastEnd_ = position_;
-        return true;
-    }
-
-    bool close() {
-        path_.resize(frames_.back().parentSize);
-        frames_.pop_back();
-        return finished();
-    }
-
-    bool scalar() {
-        begin();
-        return finished();
-    }
-
-    bool finished() {
-        started_ = false;
-        lastEnd_ = position_;
-        if (!frames_.empty() && frames_.back().array) {
-            ++frames_.back().index;
+    static std::string keyOf(std::string_view raw) {
+        if (raw.find('\\') == kNone) {
+            return std::string(raw.substr(1, raw.size() >= 2 ? raw.size() - 2 : 0));
         }
-        return true;
+        boost::json::error_code error;
+        const boost::json::value key = boost::json::parse(raw, error);
+        return error || !key.is_string() ? std::string() : std::string(key.get_string());
     }
 
-    void found(const std::string& pointer, std::size_t offset) {
-        const auto wanted = wanted_.find(pointer);
-        if (wanted != wanted_.end()) {
-            offsets_[wanted->second] = offset;
-            wanted_.erase(wanted);
+    // Skips the value under the cursor.
+    void skip() {
+        std::size_t depth = 0;
+        do {
+            skipBlank();
+            if (at_ >= text_.size()) {
+                return;
+            }
+            const char c = text_[at_];
+            if (c == '"') {
+                rawString();
+            } else if (c == '{' || c == '[') {
+                ++depth;
+                ++at_;
+            } else if (c == '}' || c == ']') {
+                depth -= depth > 0 ? 1 : 0;
+                ++at_;
+            } else if (c == ',' || c == ':') {
+                ++at_;
+            } else {
+                while (at_ < text_.size() && std::string_view(" \t\r\n,:]}").find(text_[at_]) == kNone) {
+                    ++at_;
+                }
+            }
+        } while (depth > 0);
+    }
+
+    // Notes the value under the cursor if it is wanted, and follows it if a wanted one lies in it.
+    void follow(std::string& path, std::size_t depth) {
+        skipBlank();
+        if (const auto wanted = wanted_.find(path);
+            wanted != wanted_.end() && offsets_[wanted->second] == kNone) {
+            offsets_[wanted->second] = std::min(at_, text_.size());
+        }
+        if (at_ >= text_.size() || depth > kDeepest || !prefixes_.count(path) ||
+            (text_[at_] != '{' && text_[at_] != '[')) {
+            skip();
+            return;
+        }
+        const bool array = text_[at_++] == '[';
+        const std::size_t parent = path.size();
+        if (take(array ? ']' : '}')) {
+            return;
+        }
+        for (std::size_t index = 0;; ++index) {
+            skipBlank();
+            path += '/';
+            if (array) {
+                path += std::to_string(index);
+            } else {
+                const std::size_t keyAt = at_;
+                if (at_ >= text_.size() || text_[at_] != '"') {
+                    path.resize(parent);
+                    return;
+                }
+                path += reference::docparser::jsonPointerStep(keyOf(rawString()));
+                if (const auto wanted = wanted_.find(path);
+                    wanted != wanted_.end() && offsets_[wanted->second] == kNone) {
+                    offsets_[wanted->second] = keyAt;
+                }
+                if (!take(':')) {
+                    path.resize(parent);
+                    return;
+                }
+            }
+            if (array || prefixes_.count(path)) {
+                follow(path, depth + 1);
+            } else {
+                skip();
+            }
+            path.resize(parent);
+            if (!take(',')) {
+                take(array ? ']' : '}');
+                return;
+            }
         }
     }
 
     std::string_view text_;
+    std::size_t at_ = 0;
     std::vector<std::size_t> offsets_;
     std::unordered_map<std::string, std::size_t> wanted_;
-    std::vector<Frame> frames_;
-    std::string path_;
-    std::string member_;
-    std::string key_;
-    std::size_t position_ = 0;
-    std::size_t lastEnd_ = 0;
-    bool started_ = false;
+    std::unordered_set<std::string> prefixes_;
 };
 
 } // namespace
@@ -160,55 +172,39 @@ LineIndex::LineIndex(std::string_view text) : text_(text) {
     for (std::size_t at = text.find('\n'); at != kNone; at = text.find('\n', at + 1)) {
         starts_.push_back(at + 1);
     }
+    std::size_t characters = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (at % kStride == 0) {
+            characters_.push_back(characters);
+        }
+        characters += isContinuation(text[at]) ? 0 : 1;
+    }
+}
+
+std::size_t LineIndex::charactersBefore(std::size_t offset) const {
+    if (offset == 0) {
+        return 0;
+    }
+    const std::size_t block = (offset - 1) / kStride;
+    const std::string_view rest = text_.substr(block * kStride, offset - block * kStride);
+    return characters_[block] + static_cast<std::size_t>(std::count_if(
+                                    rest.begin(), rest.end(), [](char c) { return !isContinuation(c); }));
 }
 
 TextPosition LineIndex::at(std::size_t offset) const {
     offset = std::min(offset, text_.size());
     const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
     const std::size_t lineStart = *(next - 1);
-    const std::string_view before = text_.substr(lineStart, offset - lineStart);
-    const auto characters =
-        std::count_if(before.begin(), before.end(), [](char c) { return !isContinuation(c); });
-    return {static_cast<std::size_t>(next - starts_.begin()), static_cast<std::size_t>(characters) + 1};
+    return {static_cast<std::size_t>(next - starts_.begin()),
+            charactersBefore(offset) - charactersBefore(lineStart) + 1};
 }
 
 std::size_t firstInvalidUtf8(std::string_view text) {
-    using Utf8 = boost::locale::utf::utf_traits<char>;
-    const char* const begin = text.data();
-    const char* const end = begin + text.size();
-    for (const char* at = begin; at != end;) {
-        const char* const sequence = at;
-        const auto point = Utf8::decode(at, end);
-        if (point == boost::locale::utf::illegal || point == boost::locale::utf::incomplete) {
-            return static_cast<std::size_t>(sequence - begin);
-        }
-    }
-    return kNone;
-}
-
-std::string pointerStep(std::string_view key) {
-    std::string step;
-    step.reserve(key.size());
-    for (const char c : key) {
-        if (c == '~') {
-            step += "~0";
-        } else if (c == '/') {
-            step += "~1";
-        } else {
-            step += c;
-        }
-    }
-    return step;
+    return zwhost::unicode::firstMalformedUtf8(text);
 }
 
 std::vector<std::size_t> locateJsonPointers(std::string_view text, const std::vector<std::string>& pointers) {
-    boost::json::basic_parser<PointerFinder> parser(boost::json::parse_options{}, text, pointers);
-    boost::json::error_code error;
-    for (std::size_t at = 0; at < text.size() && !error && !parser.handler().done(); ++at) {
-        parser.handler().feed(at + 1);
-        parser.write_some(true, text.data() + at, 1, error);
-    }
-    return parser.handler().take();
+    return PointerFinder(text, pointers).run();
 }
 
 } // namespace exampledoc

@@ -24,15 +24,19 @@ public:
     TextPosition at(std::size_t offset) const;
 
 private:
+    // Characters are counted ahead once for every this many bytes, so that a position costs at
+    // most this much however long its line is.
+    static constexpr std::size_t kStride = 4096;
+
+    std::size_t charactersBefore(std::size_t offset) const;
+
     std::string_view text_;
     std::vector<std::size_t> starts_;
+    std::vector<std::size_t> characters_; // before each stride's first byte
 };
 
 /** The offset of the first byte of `text` that does not begin a valid UTF-8 sequence, or npos. */
 std::size_t firstInvalidUtf8(std::string_view text);
-
-/** `key` as one step of a JSON pointer, with "~" and "/" escaped. */
-std::string pointerStep(std::string_view key);
 
 /** For each JSON pointer, the byte offset where it begins in the JSON text `text`: a member at
     the opening quote of its key, an array element and the root at their first byte; npos for a

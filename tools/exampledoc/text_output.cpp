@@ -52,21 +52,11 @@ bool inRanges(char32_t c, const auto& ranges) {
                        [c](const CodeRange& range) { return c >= range.first && c <= range.second; });
 }
 
-// The code point starting at text[i], advancing i past it; a stray byte counts as itself.
-char32_t nextCodePoint(std::string_view text, std::size_t& i) {
-    const auto lead = static_cast<unsigned char>(text[i++]);
-    const int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-    char32_t c = extra == 0 ? lead : lead & (0x3F >> extra);
-    for (int k = 0; k < extra && i < text.size() && (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
-         ++k) {
-        c = (c << 6) | (static_cast<unsigned char>(text[i++]) & 0x3F);
-    }
-    return c;
-}
-
 std::string paint(std::string_view text, fmt::text_style style, bool color) {
     return color ? fmt::format(style, "{}", text) : std::string(text);
 }
+
+using zwhost::unicode::nextCodePoint;
 
 } // namespace
 
@@ -106,15 +96,6 @@ std::string padToWidth(std::string_view text, std::size_t width) {
     std::string padded(text);
     padded.append(width - std::min(width, displayWidth(text)), ' ');
     return padded;
-}
-
-std::string paintSeverity(std::string_view text, Severity severity, bool color) {
-    static constexpr std::array kStyles = {
-        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::red),
-        fmt::emphasis::bold | fmt::fg(fmt::terminal_color::yellow),
-        fmt::fg(fmt::terminal_color::cyan),
-    };
-    return paint(text, kStyles.at(static_cast<std::size_t>(severity)), color);
 }
 
 std::string paintKind(std::string_view text, example::docparser::ExampleType::Value kind, bool color) {

@@ -20,11 +20,6 @@ std::string escapeControls(std::string_view text);
 /** `text` followed by spaces up to `width` columns. */
 std::string padToWidth(std::string_view text, std::size_t width);
 
-enum class Severity { Error, Warning, Note };
-
-/** `text` in the colour of `severity`, or as it is when `color` is false. */
-std::string paintSeverity(std::string_view text, Severity severity, bool color);
-
 /** `text` in the colour of the example kind `kind`, or as it is when `color` is false. */
 std::string paintKind(std::string_view text, example::docparser::ExampleType::Value kind, bool color);
 

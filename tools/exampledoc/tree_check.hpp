@@ -12,13 +12,12 @@
 
 namespace exampledoc {
 
-/** What a check covers: the root, the supported locales, the locales checked, and the locale
-    suffix the walk filters by (empty for every locale). */
+/** What a check covers: the root, the supported locales and the locales checked, each read as
+    the library reads the tree for a user of that locale. */
 struct TreeScope {
     std::u16string root;
     std::vector<std::u16string> docLocales;
     std::vector<std::u16string> checked;
-    std::u16string suffix;
     bool errorsOnly = false; // only what makes the library skip a file, without its place
 };
 

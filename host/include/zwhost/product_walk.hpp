@@ -15,6 +15,7 @@ struct LeftOut {
     enum class Why {
         NotUtf8,        // a name that is not valid UTF-8
         DanglingLink,   // a link whose target does not exist
+        LinkLoop,       // a link that leads through links back to itself
         NotRegularFile, // something other than a regular file named like a catalogue or a package
         TooDeep,        // a folder below the depth limit
         Unlistable,     // a folder that cannot be listed

@@ -16,6 +16,14 @@ struct MalformedText : std::runtime_error {
     Throws MalformedText on a malformed or overlong sequence or an encoded surrogate. */
 std::u16string utf8ToUtf16(std::string_view text);
 
+/** The offset of the first byte of `text` that begins no well-formed sequence (malformed,
+    overlong, cut short or an encoded surrogate), or npos: what utf8ToUtf16 refuses. */
+std::size_t firstMalformedUtf8(std::string_view text);
+
+/** The code point of the UTF-8 sequence at `at` in `text`, moving `at` past it; a byte that
+    begins no well-formed sequence gives U+FFFD and moves `at` by one, as utf8ToUtf16Replacing. */
+char32_t nextCodePoint(std::string_view text, std::size_t& at);
+
 /** Like utf8ToUtf16, but each byte that starts no valid sequence becomes U+FFFD. */
 std::u16string utf8ToUtf16Replacing(std::string_view text);
 

@@ -12,11 +12,18 @@ namespace {
 
 using ParsingTools = DocResourceParser::ParsingTools;
 
-[[noreturn]] void wrongKind(std::string_view what, std::string_view expected,
-                            const boost::json::value* found) {
+using Expected = CatalogueFormatError::Expected;
+
+std::string_view expectedText(Expected expected) {
+    return expected == Expected::Object ? "an object" : expected == Expected::Array ? "an array" : "a string";
+}
+
+// Refuses the value at `pointer`, relative to the value the operation was given.
+[[noreturn]] void wrongKind(std::string_view what, Expected expected, const boost::json::value* found,
+                            std::string pointer = {}) {
     std::string message(what);
     message += ": expected ";
-    message += expected;
+    message += expectedText(expected);
     message += ", found ";
     if (found == nullptr) {
         message += "nothing";
@@ -24,7 +31,8 @@ using ParsingTools = DocResourceParser::ParsingTools;
         const boost::json::string_view kind = boost::json::to_string(found->kind());
         message.append(kind.data(), kind.size());
     }
-    throw CatalogueFormatError(message);
+    throw CatalogueFormatError(message, std::move(pointer), expected,
+                               found == nullptr ? std::nullopt : std::optional(found->kind()));
 }
 
 std::string memberName(std::string_view key) {
@@ -63,7 +71,7 @@ std::u16string optionalHeaderString(const boost::json::object& header, std::stri
         return {};
     }
     if (!member->is_string()) {
-        wrongKind("header " + memberName(key), "a string", member);
+        wrongKind("header " + memberName(key), Expected::String, member, "/header/" + jsonPointerStep(key));
     }
     return convert(member->get_string(), ParsingTools::Verbatim);
 }
@@ -73,11 +81,11 @@ std::u16string optionalHeaderString(const boost::json::object& header, std::stri
 reference::property::HeaderInfo ParsingTools::getHeaderInfo(const boost::json::value& root) {
     zwhost::fault::point("ParsingTools::getHeaderInfo");
     if (!root.is_object()) {
-        wrongKind("catalogue root", "an object", &root);
+        wrongKind("catalogue root", Expected::Object, &root);
     }
     const boost::json::value* header = root.get_object().if_contains("header");
     if (header == nullptr || !header->is_object()) {
-        wrongKind(memberName("header"), "an object", header);
+        wrongKind(memberName("header"), Expected::Object, header, "/header");
     }
     const boost::json::object& members = header->get_object();
     return reference::property::HeaderInfo(
@@ -89,11 +97,11 @@ const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& v
                                                      const std::string& key) {
     zwhost::fault::point("ParsingTools::getJsonArray");
     if (!value.is_object()) {
-        wrongKind("value holding " + memberName(key), "an object", &value);
+        wrongKind("value holding " + memberName(key), Expected::Object, &value);
     }
     const boost::json::value* member = findMember(value.get_object(), key);
     if (member == nullptr || !member->is_array()) {
-        wrongKind(memberName(key), "an array", member);
+        wrongKind(memberName(key), Expected::Array, member, "/" + jsonPointerStep(key));
     }
     return member->get_array();
 }
@@ -101,7 +109,7 @@ const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& v
 const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& value) {
     zwhost::fault::point("ParsingTools::getJsonArray");
     if (!value.is_array()) {
-        wrongKind("value", "an array", &value);
+        wrongKind("value", Expected::Array, &value);
     }
     return value.get_array();
 }
@@ -111,7 +119,7 @@ std::u16string ParsingTools::getFluString(const boost::json::object& object, con
     zwhost::fault::point("ParsingTools::getFluString");
     const boost::json::value* member = findMember(object, key);
     if (member == nullptr || !member->is_string()) {
-        wrongKind(memberName(key), "a string", member);
+        wrongKind(memberName(key), Expected::String, member, "/" + jsonPointerStep(key));
     }
     return convert(member->get_string(), type);
 }
@@ -119,7 +127,7 @@ std::u16string ParsingTools::getFluString(const boost::json::object& object, con
 std::u16string ParsingTools::getFluString(const boost::json::value& value, StringParsingType type) {
     zwhost::fault::point("ParsingTools::getFluString");
     if (!value.is_string()) {
-        wrongKind("array element", "a string", &value);
+        wrongKind("array element", Expected::String, &value);
     }
     return convert(value.get_string(), type);
 }
@@ -132,7 +140,7 @@ std::u16string ParsingTools::getFluStringWithFallback(const boost::json::object&
         return {};
     }
     if (!member->is_string()) {
-        wrongKind(memberName(key), "a string", member);
+        wrongKind(memberName(key), Expected::String, member, "/" + jsonPointerStep(key));
     }
     return convert(member->get_string(), type);
 }

@@ -52,7 +52,7 @@ bool isPackageName(std::u16string_view name) {
 }
 
 /** What the walk needs to know of an entry, from readdir's type and at most one stat. */
-enum class Kind { Folder, File, DanglingLink, Other };
+enum class Kind { Folder, File, DanglingLink, LinkLoop, Other };
 
 using Listing = std::vector<std::pair<std::string, unsigned char>>;
 
@@ -137,7 +137,7 @@ Kind kindOf(const std::string& path, unsigned char type) {
         return Kind::Other;
     }
     if (::stat(path.c_str(), &info) != 0) {
-        return errno == ENOENT ? Kind::DanglingLink : Kind::Other;
+        return errno == ENOENT ? Kind::DanglingLink : errno == ELOOP ? Kind::LinkLoop : Kind::Other;
     }
     return S_ISREG(info.st_mode) ? Kind::File : Kind::Other;
 }
@@ -173,6 +173,8 @@ public:
                 }
             } else if (kind == Kind::DanglingLink) {
                 report(childRelative, LeftOut::Why::DanglingLink, {});
+            } else if (kind == Kind::LinkLoop && (isPackageName(*name) || isCatalogueName(*name))) {
+                report(childRelative, LeftOut::Why::LinkLoop, {});
             } else if (isPackageName(*name) || isCatalogueName(*name)) {
                 report(childRelative, LeftOut::Why::NotRegularFile, {});
             }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace zwhost::unicode {
 namespace {
@@ -157,6 +158,52 @@ std::u16string utf8ToUtf16(std::string_view text) {
     return out;
 }
 
+namespace {
+
+// The code point of the well-formed sequence at `i` and its length, or a length of 0.
+std::pair<char32_t, std::size_t> sequenceAt(std::string_view text, std::size_t i) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
+    char32_t c = length == 1   ? lead
+                 : length == 2 ? (lead & 0x1F)
+                 : length == 3 ? (lead & 0x0F)
+                               : (lead & 0x07);
+    bool valid = length != 0 && i + length <= text.size() && lead < 0xF5;
+    for (std::size_t k = 1; valid && k < length; ++k) {
+        const auto next = static_cast<unsigned char>(text[i + k]);
+        valid = (next & 0xC0) == 0x80;
+        c = (c << 6) | (next & 0x3F);
+    }
+    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (valid && (c < kSmallest[length] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000))) {
+        valid = false;
+    }
+    return {c, valid ? length : 0};
+}
+
+} // namespace
+
+char32_t nextCodePoint(std::string_view text, std::size_t& at) {
+    const auto [c, length] = sequenceAt(text, at);
+    at += length == 0 ? 1 : length;
+    return length == 0 ? char32_t{0xFFFD} : c;
+}
+
+std::size_t firstMalformedUtf8(std::string_view text) {
+    const auto* src = reinterpret_cast<const unsigned char*>(text.data());
+    if (isAscii(src, text.size())) {
+        return std::string_view::npos;
+    }
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = sequenceAt(text, i).second;
+        if (length == 0) {
+            return i;
+        }
+        i += length;
+    }
+    return std::string_view::npos;
+}
+
 std::u16string utf8ToUtf16Replacing(std::string_view text) {
     try {
         return utf8ToUtf16(text);
@@ -167,29 +214,7 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
     out.reserve(text.size());
     std::size_t i = 0;
     while (i < text.size()) {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        const std::size_t length = lead < 0x80    ? 1
-                                   : lead >= 0xF0 ? 4
-                                   : lead >= 0xE0 ? 3
-                                   : lead >= 0xC0 ? 2
-                                                  : 0;
-        char32_t c = length == 1   ? lead
-                     : length == 2 ? (lead & 0x1F)
-                     : length == 3 ? (lead & 0x0F)
-                                   : (lead & 0x07);
-        bool valid = length != 0 && i + length <= text.size() && lead < 0xF5;
-        for (std::size_t k = 1; valid && k < length; ++k) {
-            const auto next = static_cast<unsigned char>(text[i + k]);
-            valid = (next & 0xC0) == 0x80;
-            c = (c << 6) | (next & 0x3F);
-        }
-        constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-        if (valid && (c < kSmallest[length] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000))) {
-            valid = false;
-        }
-        if (!valid) {
-            c = 0xFFFD;
-        }
+        char32_t c = nextCodePoint(text, i);
         if (c >= 0x10000) {
             c -= 0x10000;
             out += static_cast<char16_t>(0xD800 + (c >> 10));
@@ -197,7 +222,6 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
         } else {
             out += static_cast<char16_t>(c);
         }
-        i += valid ? length : 1;
     }
     return out;
 }

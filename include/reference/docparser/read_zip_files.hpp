@@ -52,6 +52,24 @@ selectCatalogueLeaves(const std::vector<opc::zwservices::FileSystemEntry>& leave
     return records;
 }
 
+/** Opens the package `package` as the package reader does and calls `use` with its manager, its
+    leaves and the catalogues to read in it, in reading order, while the package is open. The
+    package's objects are destroyed records first, package last. Throws what opening, listing or
+    choosing throws. */
+template <class Use>
+void withPackageCatalogues(const ProductPathData& package, const opc::FileSystemOpsSelector& selector,
+                           const std::vector<std::u16string>& docLocales, const std::u16string& localeSuffix,
+                           const Use& use) {
+    opc::zippackage::ZipPhysicalPackage physical(package.getFullPath(), selector, true);
+    opc::model::Package model(physical);
+    opc::zwservices::FileSystemManager manager(model, selector);
+    model.open(static_cast<opc::interfaces::OpenMode>(0));
+    const std::vector<opc::zwservices::FileSystemEntry> leaves = manager.getAllLeafs();
+    const std::vector<ProductZipData> records =
+        selectCatalogueLeaves(leaves, package, docLocales, localeSuffix, manager);
+    use(manager, leaves, records);
+}
+
 } // namespace detail
 
 template <class T>
@@ -68,19 +86,14 @@ DocResourceParser::ParsingTools::readZipFiles(const std::vector<ProductPathData>
     ParsingResults<T> result;
     for (const ProductPathData& product : products) {
         // A package that cannot be opened, listed or scanned is given up whole, like a package
-        // that does not exist; the failure is dropped without a word. The objects of the turn
-        // are declared in building order, so they are destroyed records first, package last.
+        // that does not exist; the failure is dropped without a word.
         try {
-            const std::u16string& path = product.getFullPath();
-            opc::zippackage::ZipPhysicalPackage physical(path, selector, true);
-            opc::model::Package package(physical);
-            opc::zwservices::FileSystemManager manager(package, selector);
-            package.open(static_cast<opc::interfaces::OpenMode>(0));
-            const std::vector<opc::zwservices::FileSystemEntry> leaves = manager.getAllLeafs();
-
-            const std::vector<ProductZipData> records =
-                detail::selectCatalogueLeaves(leaves, product, info.docLocales, info.localeSuffix, manager);
-            readJsonFiles<T, ProductZipData>(records, info, result);
+            detail::withPackageCatalogues(product, selector, info.docLocales, info.localeSuffix,
+                                          [&](const opc::zwservices::FileSystemManager&,
+                                              const std::vector<opc::zwservices::FileSystemEntry>&,
+                                              const std::vector<ProductZipData>& records) {
+                                              readJsonFiles<T, ProductZipData>(records, info, result);
+                                          });
         } catch (...) {
         }
     }
