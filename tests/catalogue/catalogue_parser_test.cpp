@@ -116,7 +116,8 @@ TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
     // A failure at any call of a read passes through unchanged and nothing of the file is given;
     // past the last call the whole file is read.
     for (const std::string operation :
-         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getFluString",
+         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getJsonArray(value)",
+          "ParsingTools::getFluString", "ParsingTools::getFluString(value)",
           "ParsingTools::getFluStringWithFallback"}) {
         for (std::uint64_t call = 1;; ++call) {
             zwhost::fault::Scope faults;
