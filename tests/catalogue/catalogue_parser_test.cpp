@@ -58,11 +58,13 @@ TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
     }
     const auto result = parseExampleCatalogue(catalogue(entry("c", "n", R"(,"docid_links":[])")));
     EXPECT_EQ(result.begin()->second.items.at(u"c/n").at(0).getDocIDLinks().capacity(), 0U);
-    // The id and the default open command are built at their size, without growing.
-    const auto built = parseExampleCatalogue(catalogue(entry("component", "longname")));
+    // The id, the default open command and the lists are built at their size, without growing.
+    const auto built =
+        parseExampleCatalogue(catalogue(entry("component", "longname", R"(,"relative_path":["a","b","c"])")));
     const auto& [id, items] = *built.begin()->second.items.begin();
     EXPECT_EQ(id.capacity(), id.size());
     EXPECT_EQ(items.at(0).getOpenCommand().capacity(), items.at(0).getOpenCommand().size());
+    EXPECT_EQ(items.at(0).getRelativePaths().capacity(), 3U);
 }
 
 // What a text gives: "read" and the number of items, or why it fails: the JSON error, the

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -47,6 +48,17 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
         EXPECT_EQ(array->elementBytes, elementBytes);
         EXPECT_EQ(array->imagData != nullptr, complexity == zxCOMPLEX);
         std::memset(array->realData, 0xff, 24 * elementBytes);
+    }
+    const unsigned long one[] = {1, 1}, huge[] = {1UL << 31, 1UL << 31};
+    EXPECT_THROW(matrix::detail::do_create_uninitnumeric(huge, zxDOUBLE_CLASS, zxREAL), std::bad_alloc);
+    // Data shorter than a word is padded with zeros, whatever the memory held before.
+    for (int round = 0; round < 2; ++round) {
+        const matrix::zx_array_handle small(
+            matrix::detail::do_create_uninitnumeric(one, zxUINT8_CLASS, zxREAL));
+        std::uint64_t word = 0;
+        std::memcpy(&word, small->realData, sizeof word);
+        EXPECT_EQ(word >> 8, 0U) << "round " << round;
+        std::memset(small->realData, 0xff, sizeof word);
     }
     EXPECT_EQ(matrix::getCharText(matrix::zx_array_handle(matrix::createCharArray(square, u"abcd")).get()),
               u"abcd");
