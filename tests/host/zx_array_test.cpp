@@ -63,6 +63,7 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
     EXPECT_EQ(matrix::getCharText(matrix::zx_array_handle(matrix::createCharArray(square, u"abcd")).get()),
               u"abcd");
     EXPECT_EQ(matrix::zx_array_handle(matrix::createCharRow(u""))->dims, (std::vector<std::uint64_t>{1, 0}));
+    EXPECT_EQ(matrix::getTextList(zwtest::makeCells(1, 3, {u"a", u"b", u"c"}).get()).capacity(), 3U);
 }
 
 TEST(MsgIDError, TakesItsTextFromTheCatalogueAndConvertsBetweenUtf8AndUtf16) {
