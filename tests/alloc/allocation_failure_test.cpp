@@ -7,6 +7,7 @@
 #include <functional>
 #include <new>
 #include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -38,7 +39,22 @@ using Guarded = std::function<std::string(const std::function<void()>& operation
 // until a run reaches fewer than the one due to fail. `run` checks the outcome; host arrays and
 // objects, and the bytes allocated, must be back to their count after each run. Gives the number
 // of allocations of a whole run.
+// The host calls whose failure reached the operation's caller in the last sweep.
+std::set<std::string> failedCalls;
+
+// Those host calls in name order, each followed by a space.
+std::string failedCallNames() {
+    std::string names;
+    for (const std::string& name : failedCalls) {
+        names += name + ' ';
+    }
+    return names;
+}
+
 std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
+    failedCalls.clear();
+    std::string failed; // reserved, so that noting a failure allocates nothing in the run
+    failed.reserve(256);
     // A first run without failure makes what the host keeps for good (interned names, settings).
     run([](const std::function<void()>& operation) { return operation(), std::string(); });
     std::uint64_t allocations = 0;
@@ -64,6 +80,7 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
                     failure = std::string(fault.what()).substr(std::strlen("injected fault in "));
                 }
                 fired = hostCalls ? zwhost::fault::pointsReached() >= n : allocation::failed();
+                failed = hostCalls ? failure : std::string_view();
                 allocation::failAt(0);
                 zwhost::fault::reset();
                 return failure;
@@ -71,6 +88,9 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
             // The host's call counters are part of the bytes alive.
             zwhost::fault::reset();
             EXPECT_EQ(counts(), before) << "host arrays, host objects, bytes";
+            if (!failed.empty()) {
+                failedCalls.insert(failed);
+            }
             if (!fired || ::testing::Test::HasFailure()) {
                 allocations = hostCalls ? allocations : n - 1;
                 break;
@@ -92,6 +112,9 @@ TEST_F(AllocationFailure, ParserGivesTheWholeCatalogueOrNothing) {
         }
     });
     EXPECT_GT(allocations, 20U);
+    EXPECT_EQ(failedCallNames(), "ParsingTools::getFluString ParsingTools::getFluString(value) "
+                                 "ParsingTools::getFluStringWithFallback ParsingTools::getHeaderInfo "
+                                 "ParsingTools::getJsonArray ParsingTools::getJsonArray(value) ");
 }
 
 TEST_F(AllocationFailure, FailedCopyLeavesTheSourceAsItWas) {
@@ -107,6 +130,13 @@ TEST_F(AllocationFailure, FailedCopyLeavesTheSourceAsItWas) {
 }
 
 TEST_F(AllocationFailure, FailedGetLeavesTheCacheEmptyForTheNextGet) {
+    // Per property, the host calls of its build, whose failure reaches the host.
+    const char* const failing[] = {
+        "accessStringVectorCache matrix::createArray ", "accessStringVectorCache matrix::createArray ",
+        "COSClass::getClass do_create_uninitnumeric makeInterned matrix::createArray "
+        "omConstructObjectWithClient ",
+        "COSClass::getClass makeInterned matrix::createArray omCreateZCOSMatrix omSetArrayElement omWrapData "
+        "zcosConvertArrayToInternalInPlace "};
     for (std::size_t i = 0; i < 4; ++i) {
         const auto get = zwtest::kArrayProperties[i].get;
         const Strings whole = textsOf((makeItem(ExampleType::Chart).*get)());
@@ -119,6 +149,7 @@ TEST_F(AllocationFailure, FailedGetLeavesTheCacheEmptyForTheNextGet) {
                       EXPECT_EQ(textsOf((item.*get)()), whole);
                   }),
                   0U);
+        EXPECT_EQ(failedCallNames(), failing[i]);
     }
 }
 
@@ -127,16 +158,17 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
     const struct {
         const char* name;
         Handle value;
-        std::string leaveItAsSet; // host calls whose failure leaves the new value, old cache
+        const char* failing; // the host calls whose failure reaches the host
+        bool leavesItAsSet;  // and leaves the new value with the old cache
     } setters[] = {
         // clang-format off
-        {"Name", Handle(matrix::createCharRow(u"a longer name than fits in place")), ""},
-        {"RelativePaths", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), ""},
-        {"SupportingFiles", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), ""},
-        {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), " copyZxArrayToSharedZxArrayPtr "},
-        {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), ""}, // refused: not a scalar
-        {"DocIDLinks", linkArray(1, 2, {u"x", u"y"}), " omCreateZCOSMatrix matrix::createArray makeInterned "
-         "COSClass::getClass omWrapData omSetArrayElement zcosConvertArrayToInternalInPlace "},
+        {"Name", Handle(matrix::createCharRow(u"a longer name than fits in place")), "setStringProperty ", false},
+        {"RelativePaths", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
+        {"SupportingFiles", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
+        {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), "copyZxArrayToSharedZxArrayPtr ", true},
+        {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), "get_error_id ", false}, // refused: not a scalar
+        {"DocIDLinks", linkArray(1, 2, {u"x", u"y"}), "COSClass::getClass makeInterned matrix::createArray "
+         "omCreateZCOSMatrix omSetArrayElement omWrapData zcosConvertArrayToInternalInPlace ", true},
         // clang-format on
     };
     for (const auto& setter : setters) {
@@ -173,11 +205,10 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
             if (failure == "allocation") {
                 EXPECT_TRUE(now == before || now == after) << now;
             } else {
-                EXPECT_EQ(now,
-                          setter.leaveItAsSet.find(" " + failure + " ") != std::string::npos ? after : before)
-                    << failure;
+                EXPECT_EQ(now, setter.leavesItAsSet ? after : before) << failure;
             }
         });
+        EXPECT_EQ(failedCallNames(), setter.failing);
     }
 }
 
@@ -197,6 +228,7 @@ TEST_F(AllocationFailure, FailedRootOperationsKeepTheEarlierRoot) {
                   }),
                   1U);
     }
+    EXPECT_EQ(failedCallNames(), "DocResourceParser::getReferenceRoots ") << "of restoreDefaultSettings";
     zwhost::settings::resetToDefaults();
 }
 
@@ -216,6 +248,8 @@ TEST_F(AllocationFailure, WholeReadThrowsOrGivesAConsistentPart) {
     });
     zwhost::settings::resetToDefaults();
     EXPECT_GT(allocations, 100U);
+    EXPECT_EQ(failedCallNames(),
+              "DocResourceParser::getAllProducts FileSystemOpsSelector GetStorageSystemReference ");
 }
 
 TEST_F(AllocationFailure, HostilePackagesTakeLittleMemoryAndGoodOnesAreRead) {

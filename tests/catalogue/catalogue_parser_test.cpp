@@ -58,6 +58,13 @@ TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
     }
     const auto result = parseExampleCatalogue(catalogue(entry("c", "n", R"(,"docid_links":[])")));
     EXPECT_EQ(result.begin()->second.items.at(u"c/n").at(0).getDocIDLinks().capacity(), 0U);
+    // The id, the default open command and the lists are built at their size, without growing.
+    const auto built =
+        parseExampleCatalogue(catalogue(entry("component", "longname", R"(,"relative_path":["a","b","c"])")));
+    const auto& [id, items] = *built.begin()->second.items.begin();
+    EXPECT_EQ(id.capacity(), id.size());
+    EXPECT_EQ(items.at(0).getOpenCommand().capacity(), items.at(0).getOpenCommand().size());
+    EXPECT_EQ(items.at(0).getRelativePaths().capacity(), 3U);
 }
 
 // What a text gives: "read" and the number of items, or why it fails: the JSON error or the
@@ -91,6 +98,9 @@ TEST_F(CatalogueParser, MalformedTextFailsTheWholeFileForItsReason) {
         {R"({"exampleItems":[]})", "format: member \"header\": expected an object, found nothing"},
         {R"({"header":[],"exampleItems":[]})", "format: member \"header\": expected an object, found array"},
         {R"({"header":{"helpFolder":3},"exampleItems":[]})", "format: header member \"helpFolder\": expected a string, found int64"},
+        {R"({"header":{"locale":null},"exampleItems":[]})", "format: header member \"locale\": expected a string, found null"},
+        {catalogue(R"({"name":null,"component":"c","title":"t","thumbnail":"x"})"), "format: member \"name\": expected a string, found null"},
+        {with(R"(,"openCmd":[])"), "format: member \"openCmd\": expected a string, found array"},
         {R"({"header":{}})", "format: member \"exampleItems\": expected an array, found nothing"},
         {R"({"header":{},"exampleItems":{}})", "format: member \"exampleItems\": expected an array, found object"},
         {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "format: member \"name\": expected a string, found nothing"},
@@ -164,7 +174,8 @@ TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
     // A failure at any call of a read passes through unchanged and nothing of the file is given;
     // past the last call the whole file is read.
     for (const std::string operation :
-         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getFluString",
+         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getJsonArray(value)",
+          "ParsingTools::getFluString", "ParsingTools::getFluString(value)",
           "ParsingTools::getFluStringWithFallback"}) {
         for (std::uint64_t call = 1;; ++call) {
             zwhost::fault::Scope faults;

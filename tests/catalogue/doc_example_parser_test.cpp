@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "catalogue/catalogue_parser.hpp"
-#include "reference/docparser/parse_multiple_product_files.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
@@ -13,7 +11,6 @@ namespace {
 
 using example::docparser::DocExampleParser;
 using example::docparser::ExampleCatalogues;
-using reference::docparser::DocResourceParser;
 using zwtest::catalogueText;
 
 constexpr char16_t kSuffix[] = u"/docCatalog/exampleapi";
@@ -80,16 +77,6 @@ TEST_F(DocExampleParserTest, AnEmptyRootAsksNothingAndAnyOtherSetsUpStorage) {
     EXPECT_EQ(read(u""), "");
     EXPECT_EQ(read(root()), "injected fault in DocResourceParser::getAllProducts");
     EXPECT_EQ(read(root()), "injected fault in GetStorageSystemReference") << "a root with no products";
-}
-
-TEST_F(DocExampleParserTest, PredicateSendsKeysToTheirOwnMap) {
-    dir.write("p/ex.json", catalogueText("in", "en", {{"a", "in"}}));
-    dir.write("q/ex.json", catalogueText("out", "en", {{"a", "out"}}));
-    const auto results = DocResourceParser::ParsingTools::parseMultipleProductFiles<ExampleCatalogues>(
-        root(), &example::docparser::detail::parseExampleCatalogue,
-        [](const std::u16string& key) { return key == u"in"; });
-    ASSERT_EQ(results.installed.size() + results.notInstalled.size(), 2U);
-    EXPECT_EQ(results.installed.count(u"in") + results.notInstalled.count(u"out"), 2U);
 }
 
 TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {

@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -34,11 +35,7 @@ TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
     // A host call failing at its n-th call, and what is left of the tree, or the failure that ends
     // the whole call.
     // clang-format off
-    const struct {
-        const char* operation;
-        std::uint64_t call;
-        const char* left;
-    } rows[] = {
+    const std::tuple<const char*, std::uint64_t, const char*> rows[] = {
         {"DocResourceParser::getAllProducts", 1, "injected fault in DocResourceParser::getAllProducts"},
         {"GetStorageSystemReference", 1, "injected fault in GetStorageSystemReference"},
         {"FileSystemOpsSelector", 1, "injected fault in FileSystemOpsSelector"},

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -48,9 +49,21 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
         EXPECT_EQ(array->imagData != nullptr, complexity == zxCOMPLEX);
         std::memset(array->realData, 0xff, 24 * elementBytes);
     }
+    const unsigned long one[] = {1, 1}, huge[] = {1UL << 31, 1UL << 31};
+    EXPECT_THROW(matrix::detail::do_create_uninitnumeric(huge, zxDOUBLE_CLASS, zxREAL), std::bad_alloc);
+    // Data shorter than a word is padded with zeros, whatever the memory held before.
+    for (int round = 0; round < 2; ++round) {
+        const matrix::zx_array_handle small(
+            matrix::detail::do_create_uninitnumeric(one, zxUINT8_CLASS, zxREAL));
+        std::uint64_t word = 0;
+        std::memcpy(&word, small->realData, sizeof word);
+        EXPECT_EQ(word >> 8, 0U) << "round " << round;
+        std::memset(small->realData, 0xff, sizeof word);
+    }
     EXPECT_EQ(matrix::getCharText(matrix::zx_array_handle(matrix::createCharArray(square, u"abcd")).get()),
               u"abcd");
     EXPECT_EQ(matrix::zx_array_handle(matrix::createCharRow(u""))->dims, (std::vector<std::uint64_t>{1, 0}));
+    EXPECT_EQ(matrix::getTextList(zwtest::makeCells(1, 3, {u"a", u"b", u"c"}).get()).capacity(), 3U);
 }
 
 TEST(MsgIDError, TakesItsTextFromTheCatalogueAndConvertsBetweenUtf8AndUtf16) {

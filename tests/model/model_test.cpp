@@ -67,6 +67,8 @@ TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
     for (const auto& [component, name, id] : rows) {
         EXPECT_EQ(makeItem(component, name).getID(), id);
     }
+    const std::u16string joined = makeItem(u"component", u"longname").getID();
+    EXPECT_EQ(joined.capacity(), joined.size()) << "built at its size";
 }
 
 TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {

@@ -1,10 +1,10 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 #include <regex>
 #include <set>
-#include <span>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ const Files kSarif = {{"a b/ex.json", "{\"header\":{},\n \"exampleItems\":[{}]}"
 
 class Exampledoc : public zwtest::HostLeakCheck {};
 
-void expectRows(std::span<const zwtest::ToolCase> rows) {
+void expectRows(std::initializer_list<zwtest::ToolCase> rows) {
     for (const auto& row : rows) {
         zwtest::expectTool(row);
     }
@@ -42,7 +42,7 @@ void expectRows(std::span<const zwtest::ToolCase> rows) {
 // The conventions of the command line: help, usage, version and unknown commands.
 TEST_F(Exampledoc, Usage) {
     // clang-format off
-    const zwtest::ToolCase cases[] = {
+    expectRows({
         {{}, "--version", 0, {"exampledoc 0.1.0\n"}},
         {{}, "help list", 0, {"Usage: exampledoc list [OPTIONS] [ID...]"}},
         {{}, "show --help", 0, {"Usage: exampledoc show [OPTIONS] ID"}},
@@ -50,9 +50,8 @@ TEST_F(Exampledoc, Usage) {
         {{}, "lst", 2, {"exampledoc: 'lst' is not a command; did you mean 'list'?"}},
         {{}, "frobnicate", 2, {"exampledoc: 'frobnicate' is not a command\n"}},
         {{}, "help lisst", 2, {"exampledoc help: 'lisst' is not a command"}},
-    };
+    });
     // clang-format on
-    expectRows(cases);
 }
 
 // What list writes, and how it reads locales, colour, filters and what it skips.
@@ -61,7 +60,7 @@ TEST_F(Exampledoc, List) {
     const Files widths = {{"w/w.json", catalogueText("w", "en", {{"ピーク", "T1"}, {"é", "T2"}, {"e\u0301", "T4"}, {"ｆｕｌｌ", "T5"}, {"流线 a", "T6"}, {"plain", "T3\\n\\t\\u001b[2J\\u007f\\u0085é"}})}};
     const Files escapes = {{"q/q.json", catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}})}};
     const Files skipped = {{"a/ex.json", catalogueText("a", "en_US", {})}, {"a/ex_zh_CN.json", "{"}, {"a/ex_ja_JP.json", "[]"}, {"b/p.zip", "no zip"}};
-    const zwtest::ToolCase cases[] = {
+    expectRows({
         {{}, "list --locale ja_JP", 0, {"@list_ja_JP.txt"}},
         {{}, "list --locale zh_CN", 0, {"@list_zh_CN.txt"}},
         {{}, "list --locale ja_JP --json", 0, {"@list_ja_JP.json"}},
@@ -93,24 +92,22 @@ TEST_F(Exampledoc, List) {
         {skipped, "list --locale ja_JP", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
         {skipped, "list --locale en_US", 0, {"exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}},
         {skipped, "list --locale ja_JP --json", 0, {"!skipped"}},
-    };
+    });
     // clang-format on
-    expectRows(cases);
 }
 
 // What show writes for one example, and its errors.
 TEST_F(Exampledoc, Show) {
     // clang-format off
-    const zwtest::ToolCase cases[] = {
+    expectRows({
         {{}, "show graphics/SurfacePlotOfPeaks --locale zh_CN", 0, {"@show_zh_CN.txt"}},
         {{}, "show graphics/SurfacePlotOfPeaks --locale en_US", 0, {"@show_en_US.txt"}},
         {{}, "show graphics/NoSuchExample", 1, {"exampledoc show: no example with id graphics/NoSuchExample"}},
         {{}, "show -- graphics/SurfacePlotOfPeaks", 0, {"Title: \"Surface Plot of the Peaks"}},
         {{}, "show --json x/y", 2, {"exampledoc show: unknown option '--json'"}},
         {{}, "show", 2, {"exampledoc show: ID is required"}},
-    };
+    });
     // clang-format on
-    expectRows(cases);
 }
 
 // Each rule of check at its place, with its pointer and id; every locale and format; --strict.
@@ -120,7 +117,7 @@ TEST_F(Exampledoc, Check) {
     const Files locales = {{"s/ex.json", catalogueText("s", "en_US", {{"a", "A"}})}, {"s/ex_zh_CN.json", "{"}, {"s/ex_ja_JP.json", catalogueText("s", "ja_JP", {{"a", "A"}})},
                            {"p/p.zip!c/p.json", catalogueText("p", "en_US", {})}, {"p/p.zip!c/p_ko_KR.json", catalogueText("p", "ko_KR", {})}};
     const Files errorAndWarning = {{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}, {"b/ex_ja_JP.json", "{\"header\":{},\n\"exampleItems\":{}}"}};
-    const zwtest::ToolCase cases[] = {
+    expectRows({
         {{}, "check", 0, {"checked 10 catalogues for ja_JP, ko_KR, zh_CN: 0 errors, 1 warning, 0 notes"}},
         {{}, "check --format xml", 2, {"exampledoc check: --format: xml not in"}},
         {{{"h/ex.json", "{\"header\":{},\n \"exampleItems\": [,]}"}}, check, 1, {"h/ex.json:2:19 [json-syntax] unexpected ','"}},
@@ -168,9 +165,8 @@ TEST_F(Exampledoc, Check) {
         {errorAndWarning, "check --locale ja_JP", 1, {"@check_ja_JP.txt"}},
         {{{"a/ex.json", catalogueText("a", "en_US", {{"x", ""}})}}, "check --locale ja_JP --strict", 1, {}},
         {kSarif, "check --format sarif", 1, {"@check.sarif"}},
-    };
+    });
     // clang-format on
-    expectRows(cases);
 }
 
 // What coverage counts, and what it says of what is not read.
@@ -178,13 +174,12 @@ TEST_F(Exampledoc, Coverage) {
     // clang-format off
     const Files coverage = {{"h/ex.json", catalogueText("h", "en_US", {{"a", ""}, {"b", ""}, {"c", ""}})}, {"h/ex_ja_JP.json", catalogueText("h", "ja_JP", {{"a", ""}, {"x", ""}})},
                             {"g/p.zip!g.json", catalogueText("g", "en_US", {{"a", ""}})}, {"g/p.zip!g_zh_CN.json", catalogueText("g", "zh_CN", {{"a", ""}})}, {"g/bad_ko_KR.json", "{"}};
-    const zwtest::ToolCase cases[] = {
+    expectRows({
         {{}, "coverage --format sarif", 2, {"exampledoc coverage: --format: sarif not in"}},
         {coverage, "coverage --format json", 0, {"@coverage.json", "exampledoc coverage: 1 catalogue or package is not read; 'exampledoc check' tells why\n"}},
         {coverage, "coverage --locale ja_JP", 0, {"@coverage_ja_JP.txt"}},
-    };
+    });
     // clang-format on
-    expectRows(cases);
 }
 
 TEST_F(Exampledoc, SarifFollowsTheSchema) {

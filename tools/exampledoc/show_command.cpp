@@ -71,7 +71,6 @@ int showCommand(const Options& options, std::ostream& out, std::ostream& err) {
     auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
     const std::u16string id = zwhost::unicode::utf8ToUtf16(options.operands.front());
 
-    zwhost::classes::registerDocParserClasses();
     bool found = false;
     for (auto& [helpFolder, catalogue] : catalogues) {
         const auto items = catalogue.items.find(id);

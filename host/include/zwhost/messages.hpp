@@ -1,7 +1,6 @@
 #pragma once
 // The host's message catalogue and its own message-id errors, for the host platform and tests.
 
-#include <cstdint>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -14,9 +13,6 @@ namespace zwhost::messages {
 /** The text of `id` from the catalogue, UTF-8; "catalogue:key" for a message the catalogue
     lacks. */
 std::string formatMessage(const resource_core::BaseMsgID& id);
-
-/** Number of calls of IMsgIDException::get_error_id in the whole process. */
-std::uint64_t errorIdCalls();
 
 /** An error of the host platform, identified by a message of the catalogue. */
 class MsgIDError final : public foundation::core::except::IMsgIDException, public std::exception {

@@ -1,16 +1,8 @@
 #include "foundation/core/except/exception.hpp"
 
-#include <atomic>
-
 #include "zwhost/fault.hpp"
 #include "zwhost/messages.hpp"
 #include "zwhost/unicode.hpp"
-
-namespace {
-
-std::atomic<std::uint64_t> errorIdCallCount{0};
-
-} // namespace
 
 namespace foundation::core::except {
 
@@ -49,17 +41,12 @@ std::u16string IMsgIDException::GetUnicodeMessageTxt() const {
 
 std::string IMsgIDException::get_error_id(const resource_core::BaseMsgID& id) const {
     zwhost::fault::point("get_error_id");
-    errorIdCallCount.fetch_add(1, std::memory_order_relaxed);
     return id.catalog + ":" + id.key;
 }
 
 } // namespace foundation::core::except
 
 namespace zwhost::messages {
-
-std::uint64_t errorIdCalls() {
-    return errorIdCallCount.load(std::memory_order_relaxed);
-}
 
 MsgIDError::MsgIDError(resource_core::BaseMsgID id) : msgID_(std::move(id)), errorID_(get_error_id(msgID_)) {}
 

@@ -107,7 +107,7 @@ const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& v
 }
 
 const boost::json::array& ParsingTools::getJsonArray(const boost::json::value& value) {
-    zwhost::fault::point("ParsingTools::getJsonArray");
+    zwhost::fault::point("ParsingTools::getJsonArray(value)");
     if (!value.is_array()) {
         wrongKind("value", Expected::Array, &value);
     }
@@ -125,7 +125,7 @@ std::u16string ParsingTools::getFluString(const boost::json::object& object, con
 }
 
 std::u16string ParsingTools::getFluString(const boost::json::value& value, StringParsingType type) {
-    zwhost::fault::point("ParsingTools::getFluString");
+    zwhost::fault::point("ParsingTools::getFluString(value)");
     if (!value.is_string()) {
         wrongKind("array element", Expected::String, &value);
     }
