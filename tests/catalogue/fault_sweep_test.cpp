@@ -12,6 +12,7 @@
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/skip_watch.hpp"
 
 namespace {
 
@@ -33,27 +34,33 @@ protected:
 
 TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
     // A host call failing at its n-th call, and what is left of the tree, or the failure that ends
-    // the whole call.
+    // the whole call, and how many files and packages the host counts as given up.
     // clang-format off
-    const std::tuple<const char*, std::uint64_t, const char*> rows[] = {
-        {"DocResourceParser::getAllProducts", 1, "injected fault in DocResourceParser::getAllProducts"},
-        {"GetStorageSystemReference", 1, "injected fault in GetStorageSystemReference"},
-        {"FileSystemOpsSelector", 1, "injected fault in FileSystemOpsSelector"},
-        {"ZipPhysicalPackage", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n"},
-        {"ZipPhysicalPackage", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n"},
-        {"Package::open", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n"},
-        {"FileSystemManager::getAllLeafs", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n"},
-        {"DocResourceParser::isValidFilename", 3, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n"},
-        {"FileSystemManager::readEntry", 2, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(en): c/x=en c/y=en\n"},
-        {"DocResourceParser::openAndReadFile", 4, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/c=ja\nk(ja): c/x=ja c/y=en\n"},
-        {"DocResourceParser::openAndReadFile", 5, "g(ja): c/p=ja c/q=en\nh(en): c/a=en c/b=en\nk(ja): c/x=ja c/y=en\n"},
-        {"ParsingTools::getHeaderInfo", 6, "g(ja): c/p=ja\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n"},
-        {"ParsingTools::getFluStringWithFallback", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja\n"},
+    const struct {
+        const char* operation;
+        std::uint64_t call;
+        const char* left;
+        std::size_t givenUp;
+    } rows[] = {
+        {"DocResourceParser::getAllProducts", 1, "injected fault in DocResourceParser::getAllProducts", 0},
+        {"GetStorageSystemReference", 1, "injected fault in GetStorageSystemReference", 0},
+        {"FileSystemOpsSelector", 1, "injected fault in FileSystemOpsSelector", 0},
+        {"ZipPhysicalPackage", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
+        {"ZipPhysicalPackage", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
+        {"Package::open", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
+        {"FileSystemManager::getAllLeafs", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
+        {"DocResourceParser::isValidFilename", 3, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
+        {"FileSystemManager::readEntry", 2, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(en): c/x=en c/y=en\n", 1},
+        {"DocResourceParser::openAndReadFile", 4, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
+        {"DocResourceParser::openAndReadFile", 5, "g(ja): c/p=ja c/q=en\nh(en): c/a=en c/b=en\nk(ja): c/x=ja c/y=en\n", 1},
+        {"ParsingTools::getHeaderInfo", 6, "g(ja): c/p=ja\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 0},
+        {"ParsingTools::getFluStringWithFallback", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja\n", 0},
     };
     // clang-format on
-    for (const auto& [operation, call, left] : rows) {
+    for (const auto& [operation, call, left, givenUp] : rows) {
         zwhost::fault::Scope faults;
         zwhost::fault::failOn(operation, call);
+        const zwhost::reference::SkipWatch watch;
         std::string got;
         try {
             got = zwtest::titles(read(u"ja_JP"));
@@ -61,6 +68,7 @@ TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
             got = fault.what();
         }
         EXPECT_EQ(got, left) << operation << " fails at call " << call;
+        EXPECT_EQ(watch.count(), givenUp) << operation << " fails at call " << call;
     }
 }
 

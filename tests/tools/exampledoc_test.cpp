@@ -59,7 +59,7 @@ TEST_F(Exampledoc, List) {
     // clang-format off
     const Files widths = {{"w/w.json", catalogueText("w", "en", {{"ピーク", "T1"}, {"é", "T2"}, {"e\u0301", "T4"}, {"ｆｕｌｌ", "T5"}, {"流线 a", "T6"}, {"plain", "T3\\n\\t\\u001b[2J\\u007f\\u0085é"}})}};
     const Files escapes = {{"q/q.json", catalogueText("q", "en", {{"a", "quote \\\" back \\\\ tab \\t nul \\u0000 \\u007f é"}})}};
-    const Files skipped = {{"a/ex.json", catalogueText("a", "en_US", {})}, {"a/ex_zh_CN.json", "{"}, {"a/ex_ja_JP.json", "[]"}, {"b/p.zip", "no zip"}};
+    const Files skipped = {{"a/ex.json", catalogueText("a", "en_US", {})}, {"a/ex_zh_CN.json", "{"}, {"a/ex_ja_JP.json", "[]"}, {"b/p.zip", "no zip"}, {"c/q.zip", "<copy>tests/data/zips/7z-Deflate64.zip"}};
     expectRows({
         {{}, "list --locale ja_JP", 0, {"@list_ja_JP.txt"}},
         {{}, "list --locale zh_CN", 0, {"@list_zh_CN.txt"}},
@@ -89,8 +89,8 @@ TEST_F(Exampledoc, List) {
         {{}, "list --folder nosuch --json", 0, {"@list_none.json", "no help folder \"nosuch\""}},
         {{}, "list --locale en_US / graphics/S*", 0, {"graphics/SurfacePlotOfPeaks", "no example id matches \"/\"; to read the documentation tree there, give --root /", "!matches \"graphics/S*\""}},
         {{}, "list --locale en_US --kind app graphics/S*", 0, {"No examples match.", "no example id matches \"graphics/S*\"\n"}},
-        {skipped, "list --locale ja_JP", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
-        {skipped, "list --locale en_US", 0, {"exampledoc list: 1 file or package was skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale ja_JP", 0, {"exampledoc list: 4 files or packages were skipped; 'exampledoc check' tells why\n"}},
+        {skipped, "list --locale en_US", 0, {"exampledoc list: 2 files or packages were skipped; 'exampledoc check' tells why\n"}},
         {skipped, "list --locale ja_JP --json", 0, {"!skipped"}},
     });
     // clang-format on

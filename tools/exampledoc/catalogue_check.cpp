@@ -111,21 +111,11 @@ public:
                 facts.ids.push_back(id);
                 facts.examples += items.size();
             }
-            if (!context_.errorsOnly) {
-                checkRead(catalogue);
-            }
+            checkRead(catalogue);
         } catch (const reference::docparser::CatalogueFormatError& error) {
-            if (context_.errorsOnly) {
-                add("bad-catalogue", {}, {}, failureText(error), 0);
-            } else {
-                explainRefusal(error);
-            }
+            explainRefusal(error);
         } catch (const std::exception& error) {
-            if (context_.errorsOnly) {
-                add("bad-catalogue", {}, {}, failureText(error), 0);
-            } else {
-                explainFailure(failureText(error));
-            }
+            explainFailure(failureText(error));
         }
         place(findings);
         return facts;

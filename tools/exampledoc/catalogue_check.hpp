@@ -22,7 +22,6 @@ struct CatalogueContext {
     std::function<const std::set<std::u16string>*(const std::u16string&)> englishIds;
     // For a help folder, the English catalogue read first for it, or null for none.
     std::function<const std::string*(const std::u16string&)> firstEnglish;
-    bool errorsOnly = false; // whether the file is read, no more: no warnings, no places
 };
 
 /** What is kept of a catalogue once it is checked: enough for the checks across files. */

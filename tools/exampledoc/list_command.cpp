@@ -3,18 +3,46 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
+#include "catalogue/catalogue_parser.hpp"
 #include "commands.hpp"
 #include "json_output.hpp"
+#include "reference/docparser/parse_multiple_product_files.hpp"
 #include "text_output.hpp"
-#include "tree_check.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/skip_watch.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace exampledoc {
 namespace {
 
+using example::docparser::ExampleCatalogues;
+using reference::docparser::ParsingInfo;
 using zwhost::unicode::utf16ToUtf8;
+
+// The catalogues under `root` as getDocExampleFiles reads them, driven as it drives the parse, and
+// in the same pass how many files and packages were skipped: those the host could not read, open
+// or list, and those the parser refused.
+std::pair<ExampleCatalogues, std::size_t> readCatalogues(const std::u16string& root) {
+    std::size_t refused = 0;
+    const ParsingInfo<ExampleCatalogues>::JsonParsingFcn parse = [&refused](const std::string& text) {
+        try {
+            return example::docparser::detail::parseExampleCatalogue(text);
+        } catch (...) {
+            ++refused;
+            throw;
+        }
+    };
+    const ParsingInfo<ExampleCatalogues>::IsInstalledFcn installed = [](const std::u16string&) {
+        return true;
+    };
+    const zwhost::reference::SkipWatch watch;
+    auto results =
+        reference::docparser::DocResourceParser::ParsingTools::parseMultipleProductFiles<ExampleCatalogues>(
+            root, parse, installed);
+    return {std::move(results.installed), refused + watch.count()};
+}
 
 // Keeps the help folders, kinds and ids that the options ask for; a folder that an id or kind
 // filter leaves empty goes too. Names a wanted help folder that is not there. Gives back the id
@@ -83,7 +111,7 @@ void warnUnmatched(const std::vector<std::string>& globs, std::ostream& err) {
 
 int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     const std::u16string root = applyOptions(options);
-    auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(root);
+    auto [catalogues, skipped] = readCatalogues(root);
     const bool found = !catalogues.empty();
     warnUnmatched(filter(catalogues, options, err), err);
     if (options.json) {
@@ -97,7 +125,7 @@ int listCommand(const Options& options, std::ostream& out, std::ostream& err) {
     } else {
         printListing(out, catalogues, options.color);
     }
-    if (const std::size_t skipped = countSkipped(root); skipped > 0) {
+    if (skipped > 0) {
         err << "exampledoc list: " << skipped
             << (skipped == 1 ? " file or package was" : " files or packages were")
             << " skipped; 'exampledoc check' tells why\n";

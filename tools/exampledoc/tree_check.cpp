@@ -1,6 +1,5 @@
 #include "tree_check.hpp"
 
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <optional>
@@ -87,7 +86,7 @@ class TreeCheck {
 public:
     TreeCheck(CheckReport& report, const TreeScope& scope, const CatalogueRead& read)
         : report_(report), root_(scope.root), docLocales_(scope.docLocales), checked_(scope.checked),
-          errorsOnly_(scope.errorsOnly), read_(read) {
+          read_(read) {
         if (checked_.empty()) {
             checked_.push_back(ParsingTools::getCurrentLocale());
         }
@@ -378,7 +377,6 @@ private:
         context.file = report_.files[index].file;
         context.locale = locale;
         context.docLocales = docLocales_;
-        context.errorsOnly = errorsOnly_;
         if (!locale.empty()) {
             const auto found = partners_.find(partner);
             if (found != partners_.end()) {
@@ -398,9 +396,7 @@ private:
         if (!facts.read) {
             return;
         }
-        if (!errorsOnly_) {
-            checkThumbnails(documentationRoot(root_), facts.helpFolder, text, context.file, report_.findings);
-        }
+        checkThumbnails(documentationRoot(root_), facts.helpFolder, text, context.file, report_.findings);
         if (read_) {
             read_(locale, facts);
         }
@@ -427,7 +423,6 @@ private:
     std::u16string root_;
     std::vector<std::u16string> docLocales_;
     std::vector<std::u16string> checked_;
-    bool errorsOnly_;
     const CatalogueRead& read_;
     std::map<std::string, bool> packages_; // whether a package has a catalogue read under some locale
     std::map<std::string, EntryOutcome> english_;
@@ -475,18 +470,6 @@ CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read) {
     }
     report.finish();
     return report;
-}
-
-std::size_t countSkipped(const std::u16string& root) {
-    TreeScope scope;
-    scope.root = root;
-    scope.docLocales = ParsingTools::getSupportedDocLocales();
-    scope.checked = {ParsingTools::getCurrentLocale()};
-    scope.errorsOnly = true;
-    const CheckReport report = checkTree(scope);
-    return static_cast<std::size_t>(
-        std::count_if(report.files.begin(), report.files.end(),
-                      [&](const CheckedFile& file) { return report.hasErrors(file.file); }));
 }
 
 } // namespace exampledoc

@@ -18,7 +18,6 @@ struct TreeScope {
     std::u16string root;
     std::vector<std::u16string> docLocales;
     std::vector<std::u16string> checked;
-    bool errorsOnly = false; // only what makes the library skip a file, without its place
 };
 
 /** The scope of `options`: every supported locale, or --locale alone. Applies the options;
@@ -30,8 +29,5 @@ using CatalogueRead = std::function<void(const std::u16string& locale, const Cat
 
 /** Checks every catalogue of `scope` and gives the report, its findings in report order. */
 CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read = {});
-
-/** How many catalogue files and packages under `root` the library skips for the current locale. */
-std::size_t countSkipped(const std::u16string& root);
 
 } // namespace exampledoc

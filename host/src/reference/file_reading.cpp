@@ -12,6 +12,7 @@
 #include "zwhost/fault.hpp"
 #include "zwhost/regular_file.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/skip_watch.hpp"
 
 namespace reference::docparser {
 namespace {
@@ -82,9 +83,14 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
 } // namespace
 
 std::string DocResourceParser::openAndReadFile(const ProductPathData& product) {
-    zwhost::fault::point("DocResourceParser::openAndReadFile");
-    const fs::path path(zwhost::reference::detail::toNative(product.getFullPath()));
-    return readBounded(path, zwhost::settings::readLimit());
+    try {
+        zwhost::fault::point("DocResourceParser::openAndReadFile");
+        const fs::path path(zwhost::reference::detail::toNative(product.getFullPath()));
+        return readBounded(path, zwhost::settings::readLimit());
+    } catch (...) {
+        zwhost::reference::SkipWatch::giveUp();
+        throw;
+    }
 }
 
 } // namespace reference::docparser

@@ -4,13 +4,19 @@
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/skip_watch.hpp"
 
 namespace reference::docparser {
 
 std::string DocResourceParser::openAndReadFile(const ProductZipData& product) {
-    zwhost::fault::point("DocResourceParser::openAndReadFile");
-    return product.getFileSystemManager().readEntry(product.getEntry(), zwhost::settings::readLimit(),
-                                                    zwhost::settings::packageBudget());
+    try {
+        zwhost::fault::point("DocResourceParser::openAndReadFile");
+        return product.getFileSystemManager().readEntry(product.getEntry(), zwhost::settings::readLimit(),
+                                                        zwhost::settings::packageBudget());
+    } catch (...) {
+        zwhost::reference::SkipWatch::giveUp();
+        throw;
+    }
 }
 
 } // namespace reference::docparser

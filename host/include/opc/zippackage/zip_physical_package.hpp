@@ -36,6 +36,7 @@ private:
     std::u16string path_;
     std::string nativePath_;
     bool readOnly_;
+    int unwinding_; // exceptions in flight when it was made
     std::unique_ptr<Contents> contents_;
 };
 
