@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <map>
+#include <optional>
 #include <set>
 #include <system_error>
 
@@ -187,13 +189,20 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
         return failed(err, error);
     }
 
+    // The check and the library's reading of the first page are independent, so the check runs on
+    // a thread of its own meanwhile: a preview of one locale costs the longer of the two, not both.
     LocalisedIds localised;
-    const CheckReport report =
-        checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
+    std::future<CheckReport> checking = std::async(std::launch::async, [&] {
+        return checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
             if (!locale.empty()) {
                 localised[{locale, facts.helpFolder}].insert(facts.ids.begin(), facts.ids.end());
             }
         });
+    });
+    zwhost::settings::setCurrentLocale(pageLocales.front());
+    std::optional<example::docparser::ExampleCatalogues> firstPage =
+        example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
+    const CheckReport report = checking.get();
     const fs::path docRoot = documentationRoot(scope.root);
     ThumbnailCopies thumbnails(docRoot, out);
     PreviewIndex index;
@@ -208,8 +217,14 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
             if (english) {
                 index.english = name;
             }
-            zwhost::settings::setCurrentLocale(locale);
-            const auto catalogues = example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
+            example::docparser::ExampleCatalogues catalogues;
+            if (firstPage) {
+                catalogues = std::move(*firstPage);
+                firstPage.reset();
+            } else {
+                zwhost::settings::setCurrentLocale(locale);
+                catalogues = example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
+            }
             PreviewPage page;
             page.locale = name;
             page.locales = localeNames;
