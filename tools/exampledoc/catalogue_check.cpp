@@ -12,6 +12,7 @@
 #include "example_kinds.hpp"
 #include "json_position.hpp"
 #include "reference/docparser/catalogue_format_error.hpp"
+#include "thumbnail_check.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace exampledoc {
@@ -29,7 +30,7 @@ struct Pending {
     std::size_t offset = kNone;
 };
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     return '"' + std::string(text) + '"';
 }
 
@@ -84,7 +85,7 @@ std::string stepsPhrase(const std::vector<std::string>& steps, std::size_t from)
         if (isIndex(steps[i]) && i > from) {
             phrase += "[" + steps[i] + "]";
         } else {
-            phrase += (phrase.empty() ? "" : ": ") + quoted(steps[i]);
+            phrase += (phrase.empty() ? "" : ": ") + inQuotes(steps[i]);
         }
     }
     return phrase;
@@ -102,8 +103,9 @@ public:
 
     CatalogueFacts run(std::vector<Finding>& findings) {
         CatalogueFacts facts;
+        example::docparser::ExampleCatalogues result;
         try {
-            const auto result = parseExampleCatalogue(text_);
+            result = parseExampleCatalogue(text_);
             facts.read = true;
             const auto& [helpFolder, catalogue] = *result.begin();
             facts.helpFolder = helpFolder;
@@ -118,6 +120,10 @@ public:
             explainFailure(failureText(error));
         }
         place(findings);
+        if (facts.read) {
+            checkThumbnails(context_.docRoot, facts.helpFolder, result.begin()->second, context_.file,
+                            findings);
+        }
         return facts;
     }
 
@@ -280,17 +286,17 @@ private:
                 subject += ": " + (missing ? stepsPhrase({steps.begin(), steps.end() - 1}, 2) : below);
             }
         } else if (steps.size() == 2 && steps[0] == "header") {
-            subject = "header " + quoted(steps[1]);
+            subject = "header " + inQuotes(steps[1]);
         } else if (steps.empty()) {
             subject = "the catalogue";
         } else if (!missing) {
-            subject = quoted(steps.back());
+            subject = inQuotes(steps.back());
         }
         if (missing) {
             const std::string parent = pointer.substr(0, pointer.rfind('/'));
             add("missing-member", parent, id,
-                (subject.empty() ? "the catalogue has no " + quoted(steps.back()) + " member"
-                                 : subject + " has no " + quoted(steps.back())));
+                (subject.empty() ? "the catalogue has no " + inQuotes(steps.back()) + " member"
+                                 : subject + " has no " + inQuotes(steps.back())));
             return;
         }
         const std::string expected =
@@ -308,7 +314,7 @@ private:
         if (english && context_.firstEnglish) {
             if (const std::string* first = context_.firstEnglish(helpFolder)) {
                 add("duplicate-catalogue", "/header/helpFolder", {},
-                    "another English catalogue of help folder " + quoted(utf16ToUtf8(helpFolder)) + ", " +
+                    "another English catalogue of help folder " + inQuotes(utf16ToUtf8(helpFolder)) + ", " +
                         *first + ", is read first: its header and its examples of the same ids win");
             }
         }
@@ -318,14 +324,14 @@ private:
                                              locale) != context_.docLocales.end();
             if (english ? supported : locale != context_.locale) {
                 add("locale-mismatch", "/header/locale", {},
-                    "the header says locale " + quoted(utf16ToUtf8(locale)) + " but the file name says " +
+                    "the header says locale " + inQuotes(utf16ToUtf8(locale)) + " but the file name says " +
                         (english ? std::string("English") : utf16ToUtf8(context_.locale)));
             }
         }
         if (!english && context_.partnerHelpFolder && *context_.partnerHelpFolder != helpFolder) {
             add("help-folder-mismatch", "/header/helpFolder", {},
-                "help folder " + quoted(utf16ToUtf8(helpFolder)) + " differs from " +
-                    quoted(utf16ToUtf8(*context_.partnerHelpFolder)) +
+                "help folder " + inQuotes(utf16ToUtf8(helpFolder)) + " differs from " +
+                    inQuotes(utf16ToUtf8(*context_.partnerHelpFolder)) +
                     " of its English catalogue: it is not merged with it");
         }
         const std::set<std::u16string>* englishIds =
@@ -372,20 +378,20 @@ private:
                   {"title", &item.getTitle()}}) {
                 if (value->empty()) {
                     add("empty-field", pointer + "/" + std::string(field), idText,
-                        label + ": " + quoted(field) + " is empty" +
-                            (field == "title" ? "" : "; the id becomes " + quoted(idText)));
+                        label + ": " + inQuotes(field) + " is empty" +
+                            (field == "title" ? "" : "; the id becomes " + inQuotes(idText)));
                 }
             }
             const boost::json::value* kind = entry.if_contains("exampleType");
             if (item.getExampleType() == ExampleType::Unknown && kind != nullptr &&
                 kind->get_string() != "Unknown") {
                 add("unknown-kind", pointer + "/exampleType", idText,
-                    label + ": " + quoted(std::string(kind->get_string())) +
+                    label + ": " + inQuotes(std::string(kind->get_string())) +
                         " is not a kind; the example is read as Unknown" + suggestKind(kind->get_string()));
             }
             if (englishIds != nullptr && englishIds->count(id) == 0) {
                 add("orphan-id", pointer, idText,
-                    label + ": no English example of this help folder has the id " + quoted(idText));
+                    label + ": no English example of this help folder has the id " + inQuotes(idText));
             }
         }
     }
@@ -407,9 +413,9 @@ private:
         std::string all;
         for (std::size_t i = 0; i < kinds.size(); ++i) {
             if (folded(kinds[i]) == folded(text)) {
-                return " (did you mean " + quoted(kinds[i]) + "?)";
+                return " (did you mean " + inQuotes(kinds[i]) + "?)";
             }
-            all += (i == 0 ? "" : i + 1 == kinds.size() ? " and " : ", ") + quoted(kinds[i]);
+            all += (i == 0 ? "" : i + 1 == kinds.size() ? " and " : ", ") + inQuotes(kinds[i]);
         }
         return " (the kinds are " + all + ")";
     }

@@ -2,6 +2,7 @@
 // Checks the text of one catalogue as the library reads it, and names every problem found in it
 // with its place.
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <set>
@@ -22,6 +23,8 @@ struct CatalogueContext {
     std::function<const std::set<std::u16string>*(const std::u16string&)> englishIds;
     // For a help folder, the English catalogue read first for it, or null for none.
     std::function<const std::string*(const std::u16string&)> firstEnglish;
+    // The documentation root whose thumbnails a read catalogue's examples are held against.
+    std::filesystem::path docRoot;
 };
 
 /** What is kept of a catalogue once it is checked: enough for the checks across files. */

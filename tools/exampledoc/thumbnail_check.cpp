@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <system_error>
 
-#include "catalogue/catalogue_parser.hpp"
 #include "check_rules.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -79,13 +78,13 @@ Thumbnail findThumbnail(const fs::path& docRoot, const std::u16string& helpFolde
     return found;
 }
 
-void checkThumbnails(const fs::path& docRoot, const std::u16string& helpFolder, const std::string& text,
+void checkThumbnails(const fs::path& docRoot, const std::u16string& helpFolder,
+                     const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
                      const std::string& file, std::vector<Finding>& findings) {
     if (!hasDocumentationFolder(docRoot, helpFolder)) {
         return;
     }
-    const auto catalogues = example::docparser::detail::parseExampleCatalogue(text);
-    for (const auto& [id, items] : catalogues.begin()->second.items) {
+    for (const auto& [id, items] : catalogue.items) {
         for (const auto& item : items) {
             const Thumbnail thumbnail = findThumbnail(docRoot, helpFolder, item.getThumbnail());
             if (thumbnail.state != Thumbnail::State::Missing &&

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "check_report.hpp"
+#include "example/docparser/doc_example_parser.hpp"
 
 namespace exampledoc {
 
@@ -36,8 +37,9 @@ Thumbnail findThumbnail(const std::filesystem::path& docRoot, const std::u16stri
                         const std::u16string& thumbnail);
 
 /** When the help folder's documentation folder exists, appends a note for each thumbnail of the
-    catalogue `text` (as the library reads it) that is not there. */
+    catalogue (as the library read it) that is not there. */
 void checkThumbnails(const std::filesystem::path& docRoot, const std::u16string& helpFolder,
-                     const std::string& text, const std::string& file, std::vector<Finding>& findings);
+                     const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
+                     const std::string& file, std::vector<Finding>& findings);
 
 } // namespace exampledoc

@@ -85,8 +85,8 @@ struct LocalisedEntry {
 class TreeCheck {
 public:
     TreeCheck(CheckReport& report, const TreeScope& scope, const CatalogueRead& read)
-        : report_(report), root_(scope.root), docLocales_(scope.docLocales), checked_(scope.checked),
-          read_(read) {
+        : report_(report), root_(scope.root), docRoot_(documentationRoot(scope.root)),
+          docLocales_(scope.docLocales), checked_(scope.checked), read_(read) {
         if (checked_.empty()) {
             checked_.push_back(ParsingTools::getCurrentLocale());
         }
@@ -392,11 +392,11 @@ private:
                 return first == firstEnglish_.end() ? nullptr : &first->second;
             };
         }
+        context.docRoot = docRoot_;
         CatalogueFacts facts = checkCatalogue(text, context, report_.findings);
         if (!facts.read) {
             return;
         }
-        checkThumbnails(documentationRoot(root_), facts.helpFolder, text, context.file, report_.findings);
         if (read_) {
             read_(locale, facts);
         }
@@ -421,6 +421,7 @@ private:
 
     CheckReport& report_;
     std::u16string root_;
+    std::filesystem::path docRoot_; // where the help folders' thumbnails are
     std::vector<std::u16string> docLocales_;
     std::vector<std::u16string> checked_;
     const CatalogueRead& read_;
