@@ -10,6 +10,7 @@
 
 namespace {
 
+using zwhost::unicode::appendUtf8;
 using zwhost::unicode::firstMalformedUtf8;
 using zwhost::unicode::MalformedText;
 using zwhost::unicode::nextCodePoint;
@@ -134,8 +135,11 @@ TEST(Utf16ToUtf8, UnpairedSurrogatesAreReplacedOrRefused) {
     for (const auto& [text, replaced] : rows) {
         for (const std::size_t before : {0, 1, 8, 17}) {
             const std::u16string input = ascii(before).utf16 + text;
-            EXPECT_EQ(utf16ToUtf8(input), ascii(before).utf8 + replaced);
-            EXPECT_THROW(utf16ToUtf8(input, Unpaired::Refuse), MalformedText);
+            std::string appended = "kept";
+            appendUtf8(appended, input);
+            EXPECT_EQ(appended, "kept" + ascii(before).utf8 + replaced);
+            EXPECT_THROW(appendUtf8(appended, input, Unpaired::Refuse), MalformedText);
+            EXPECT_EQ(appended, "kept" + ascii(before).utf8 + replaced);
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <map>
 
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/stream_parser.hpp>
 
@@ -353,7 +354,9 @@ private:
     // item the library keeps under that id.
     void checkEntries(const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
                       const std::set<std::u16string>* englishIds) {
-        const boost::json::value root = boost::json::parse(text_);
+        // Freed as a whole, as the library's parser frees its own value.
+        boost::json::monotonic_resource memory;
+        const boost::json::value root = boost::json::parse(text_, &memory);
         const boost::json::array& entries = root.at("exampleItems").as_array();
         std::map<std::u16string, std::size_t> firstIndex;
         std::map<std::u16string, std::size_t> seen;

@@ -20,6 +20,10 @@ bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 // Walks a JSON text that Boost.JSON accepts, once, and notes where each wanted pointer begins.
 // Only the containers on the way to a wanted pointer are followed; every other value is skipped
 // over, so that each byte is looked at a bounded number of times.
@@ -47,7 +51,7 @@ private:
     static constexpr std::size_t kDeepest = 64;
 
     void skipBlank() {
-        while (at_ < text_.size() && std::string_view(" \t\r\n").find(text_[at_]) != kNone) {
+        while (at_ < text_.size() && isBlank(text_[at_])) {
             ++at_;
         }
     }
@@ -100,7 +104,8 @@ private:
             } else if (c == ',' || c == ':') {
                 ++at_;
             } else {
-                while (at_ < text_.size() && std::string_view(" \t\r\n,:]}").find(text_[at_]) == kNone) {
+                while (at_ < text_.size() && !isBlank(text_[at_]) && text_[at_] != ',' && text_[at_] != ':' &&
+                       text_[at_] != ']' && text_[at_] != '}') {
                     ++at_;
                 }
             }
@@ -173,11 +178,11 @@ LineIndex::LineIndex(std::string_view text) : text_(text) {
         starts_.push_back(at + 1);
     }
     std::size_t characters = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (at % kStride == 0) {
-            characters_.push_back(characters);
-        }
-        characters += isContinuation(text[at]) ? 0 : 1;
+    for (std::size_t block = 0; block < text.size(); block += kStride) {
+        characters_.push_back(characters);
+        const std::string_view part = text.substr(block, kStride);
+        characters += static_cast<std::size_t>(
+            std::count_if(part.begin(), part.end(), [](char c) { return !isContinuation(c); }));
     }
 }
 

@@ -6,7 +6,6 @@
 #include <functional>
 #include <future>
 #include <map>
-#include <optional>
 #include <set>
 #include <system_error>
 
@@ -102,29 +101,32 @@ private:
     std::set<std::pair<std::u16string, std::u16string>> missing_;
 };
 
-// One help folder of a page: a card for each example the library gives, marked untranslated
-// where the locale's catalogues lack its id (null `localisedIds`: they lack all).
-PreviewSection sectionOf(const std::u16string& helpFolder,
-                         const reference::docparser::DocResource<example::docparser::ExampleItem>& catalogue,
-                         bool english, const std::set<std::u16string>* localisedIds,
-                         ThumbnailCopies& thumbnails) {
-    PreviewSection section;
-    section.helpFolder = helpFolder;
-    section.header = &catalogue.header;
-    for (const auto& [id, items] : catalogue.items) {
-        const bool untranslated = !english && (localisedIds == nullptr || localisedIds->count(id) == 0);
-        for (const auto& item : items) {
-            PreviewCard& card = section.cards.emplace_back();
-            card.id = id;
-            card.item = &item;
-            card.untranslated = untranslated;
-            card.thumbnail = utf16ToUtf8(item.getThumbnail());
-            card.thumbnailUrl = thumbnails.urlOf(helpFolder, item.getThumbnail());
-            section.untranslated += untranslated ? 1 : 0;
-            section.missingThumbnails += card.thumbnailUrl.empty() ? 1 : 0;
+// The sections of one locale's page, a card for each example the library gives for the locale;
+// the records go with the call, while the check may still run.
+std::vector<PreviewSection> readSections(const TreeScope& scope, const std::u16string& locale,
+                                         ThumbnailCopies& thumbnails) {
+    zwhost::settings::setCurrentLocale(locale);
+    const example::docparser::ExampleCatalogues catalogues =
+        example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
+    std::vector<PreviewSection> sections;
+    sections.reserve(catalogues.size());
+    for (const auto& [helpFolder, catalogue] : catalogues) {
+        PreviewSection& section = sections.emplace_back(startSection(helpFolder, catalogue.header));
+        for (const auto& [id, items] : catalogue.items) {
+            for (const auto& item : items) {
+                addCard(section, id, item, thumbnails.urlOf(helpFolder, item.getThumbnail()));
+            }
         }
     }
-    return section;
+    return sections;
+}
+
+// Marks the cards whose ids the locale's catalogues lack (null `localisedIds`: they lack all).
+void markUntranslated(PreviewSection& section, const std::set<std::u16string>* localisedIds) {
+    for (PreviewSection::Card& card : section.cards) {
+        card.untranslated = localisedIds == nullptr || localisedIds->count(card.id) == 0;
+        section.untranslated += card.untranslated ? 1 : 0;
+    }
 }
 
 void writeFile(const fs::path& file, const std::function<void(std::ostream&)>& write) {
@@ -191,6 +193,7 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
 
     // The check and the library's reading of the first page are independent, so the check runs on
     // a thread of its own meanwhile: a preview of one locale costs the longer of the two, not both.
+    // The cards are rendered before the check ends; it gives the findings and the untranslated marks.
     LocalisedIds localised;
     std::future<CheckReport> checking = std::async(std::launch::async, [&] {
         return checkTree(scope, [&](const std::u16string& locale, const CatalogueFacts& facts) {
@@ -199,44 +202,35 @@ int previewCommand(const Options& options, std::ostream& /*out*/, std::ostream& 
             }
         });
     });
-    zwhost::settings::setCurrentLocale(pageLocales.front());
-    std::optional<example::docparser::ExampleCatalogues> firstPage =
-        example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
-    const CheckReport report = checking.get();
-    const fs::path docRoot = documentationRoot(scope.root);
-    ThumbnailCopies thumbnails(docRoot, out);
+    ThumbnailCopies thumbnails(documentationRoot(scope.root), out);
     PreviewIndex index;
     index.root = utf16ToUtf8(scope.root);
     index.locales = localeNames;
     try {
-        for (const std::u16string& locale : pageLocales) {
-            const std::string name = utf16ToUtf8(locale);
+        std::vector<PreviewSection> firstPage = readSections(scope, pageLocales.front(), thumbnails);
+        const CheckReport report = checking.get();
+        for (std::size_t at = 0; at < pageLocales.size(); ++at) {
+            const std::u16string& locale = pageLocales[at];
+            const std::string& name = localeNames[at];
             // Under English every example is in its own language; only supported locales translate.
             const bool english =
                 std::find(scope.docLocales.begin(), scope.docLocales.end(), locale) == scope.docLocales.end();
             if (english) {
                 index.english = name;
             }
-            example::docparser::ExampleCatalogues catalogues;
-            if (firstPage) {
-                catalogues = std::move(*firstPage);
-                firstPage.reset();
-            } else {
-                zwhost::settings::setCurrentLocale(locale);
-                catalogues = example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
-            }
             PreviewPage page;
             page.locale = name;
             page.locales = localeNames;
+            page.sections = at == 0 ? std::move(firstPage) : readSections(scope, locale, thumbnails);
             std::map<std::u16string, std::vector<const Finding*>> findings;
             placeFindings(report, name, page, findings);
-            for (const auto& [helpFolder, catalogue] : catalogues) {
-                const auto ids = localised.find({locale, helpFolder});
-                PreviewSection& section = page.sections.emplace_back(
-                    sectionOf(helpFolder, catalogue, english, ids == localised.end() ? nullptr : &ids->second,
-                              thumbnails));
-                section.findings = std::move(findings[helpFolder]);
-                index.folders[helpFolder][name] = countsOf(section);
+            for (PreviewSection& section : page.sections) {
+                if (!english) {
+                    const auto ids = localised.find({locale, section.helpFolder});
+                    markUntranslated(section, ids == localised.end() ? nullptr : &ids->second);
+                }
+                section.findings = std::move(findings[section.helpFolder]);
+                index.folders[section.helpFolder][name] = countsOf(section);
             }
             writeFile(out / (name + ".html"), [&](std::ostream& stream) { writePreviewPage(stream, page); });
         }

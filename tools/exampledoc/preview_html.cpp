@@ -11,8 +11,14 @@ namespace {
 using example::docparser::ExampleType;
 using zwhost::unicode::utf16ToUtf8;
 
+bool isMarkup(char c) {
+    return c == '&' || c == '<' || c == '>' || c == '"' || c == '\'';
+}
+
 std::string escaped(const std::u16string& text) {
-    return escapeHtml(utf16ToUtf8(text));
+    std::string result;
+    appendEscaped(result, text);
+    return result;
 }
 
 // Nothing loads from elsewhere and no script runs, whatever a catalogue holds.
@@ -111,53 +117,43 @@ void writeFindings(std::ostream& out, const std::vector<const Finding*>& finding
     out << "</ul>\n";
 }
 
-void writeList(std::ostream& out, const char* label, const std::vector<std::u16string>& values) {
+// `text` escaped, between `before` and `after`.
+template <class Text>
+void appendBetween(std::string& out, std::string_view before, const Text& text, std::string_view after) {
+    out += before;
+    appendEscaped(out, text);
+    out += after;
+}
+
+void addList(std::string& out, std::string_view label, const std::vector<std::u16string>& values) {
     if (values.empty()) {
         return;
     }
-    out << "<dt>" << label << "</dt><dd><ul>";
+    out += "<dt>";
+    out += label;
+    out += "</dt><dd><ul>";
     for (const std::u16string& value : values) {
-        out << "<li><code>" << escaped(value) << "</code></li>";
+        appendBetween(out, "<li><code>", value, "</code></li>");
     }
-    out << "</ul></dd>";
+    out += "</ul></dd>";
 }
 
-void writeCard(std::ostream& out, const PreviewCard& card) {
-    const auto& item = *card.item;
-    out << R"(<article class="card" data-example-id=")" << escaped(card.id) << '"'
-        << (card.untranslated ? " data-untranslated" : "") << '>';
-    if (card.thumbnailUrl.empty()) {
-        out << "<div class=\"thumb missing\" data-missing-thumbnail><span>No thumbnail</span>";
-        if (!card.thumbnail.empty()) {
-            out << "<code>" << escapeHtml(card.thumbnail) << "</code>";
+// Writes the cards with the marks of those the locale lacks.
+void writeCards(std::ostream& out, const PreviewSection& section) {
+    std::size_t written = 0;
+    const auto upTo = [&](std::size_t at) {
+        out.write(section.html.data() + written, static_cast<std::streamsize>(at - written));
+        written = at;
+    };
+    for (const PreviewSection::Card& card : section.cards) {
+        if (card.untranslated) {
+            upTo(card.attributeAt);
+            out << " data-untranslated";
+            upTo(card.flagAt);
+            out << "<span class=\"flag\">English only: not translated</span>";
         }
-        out << "</div>";
-    } else {
-        out << R"(<div class="thumb"><img src=")" << escapeHtml(card.thumbnailUrl) << R"(" alt=""></div>)";
     }
-    out << R"(<div class="body"><p class="tags"><span class="kind">)"
-        << escapeHtml(kindLabel(item.getExampleType())) << "</span>"
-        << (card.untranslated ? "<span class=\"flag\">English only: not translated</span>" : "") << "</p><h3>"
-        << escaped(item.getTitle()) << "</h3><p class=\"id\">" << escaped(card.id) << "</p>";
-    if (!item.getDescription().empty()) {
-        out << "<p class=\"desc\">" << escaped(item.getDescription()) << "</p>";
-    }
-    out << "<dl>";
-    if (!item.getOpenCommand().empty()) {
-        out << "<dt>Open</dt><dd><code>" << escaped(item.getOpenCommand()) << "</code></dd>";
-    }
-    writeList(out, "Files", item.getRelativePaths());
-    writeList(out, "Supporting", item.getSupportingFiles());
-    if (!item.getDocIDLinks().empty()) {
-        // Shown as text: the documentation they name is not part of the preview.
-        out << "<dt>Links</dt><dd><ul>";
-        for (const auto& link : item.getDocIDLinks()) {
-            out << "<li>" << escaped(link.getTarget()) << " <code>" << escaped(link.getDocID())
-                << "</code></li>";
-        }
-        out << "</ul></dd>";
-    }
-    out << "</dl></div></article>\n";
+    upTo(section.html.size());
 }
 
 std::string sectionAnchor(const std::u16string& helpFolder) {
@@ -172,29 +168,49 @@ std::string plural(std::size_t count, std::string_view one, std::string_view man
 
 std::string escapeHtml(std::string_view text) {
     std::string result;
-    result.reserve(text.size());
-    for (const char c : text) {
-        switch (c) {
+    appendEscaped(result, text);
+    return result;
+}
+
+void appendEscaped(std::string& out, std::string_view text) {
+    while (!text.empty()) {
+        const auto special = std::find_if(text.begin(), text.end(), isMarkup);
+        const auto plain = static_cast<std::size_t>(special - text.begin());
+        out.append(text.data(), plain);
+        if (plain == text.size()) {
+            break;
+        }
+        switch (text[plain]) {
         case '&':
-            result += "&amp;";
+            out += "&amp;";
             break;
         case '<':
-            result += "&lt;";
+            out += "&lt;";
             break;
         case '>':
-            result += "&gt;";
+            out += "&gt;";
             break;
         case '"':
-            result += "&quot;";
-            break;
-        case '\'':
-            result += "&#39;";
+            out += "&quot;";
             break;
         default:
-            result += c;
+            out += "&#39;";
         }
+        text.remove_prefix(plain + 1);
     }
-    return result;
+}
+
+void appendEscaped(std::string& out, std::u16string_view text) {
+    const std::size_t start = out.size();
+    zwhost::unicode::appendUtf8(out, text);
+    const auto special = std::find_if(out.begin() + static_cast<std::ptrdiff_t>(start), out.end(), isMarkup);
+    if (special != out.end()) {
+        // Markup in a catalogue is rare: only then is the converted text escaped over again.
+        const std::size_t at = static_cast<std::size_t>(special - out.begin());
+        const std::string tail = out.substr(at);
+        out.resize(at);
+        appendEscaped(out, std::string_view(tail));
+    }
 }
 
 std::string percentEncodePath(std::string_view path) {
@@ -230,6 +246,62 @@ void PreviewCounts::add(const PreviewCounts& other) {
     findings += other.findings;
 }
 
+PreviewSection startSection(const std::u16string& helpFolder, const reference::property::HeaderInfo& header) {
+    PreviewSection section;
+    section.helpFolder = helpFolder;
+    std::string& out = section.catalogue;
+    appendEscaped(out, header.getProduct());
+    out += ' ';
+    appendEscaped(out, header.getVersion());
+    out += " · locale ";
+    appendEscaped(out, header.getLocale());
+    return section;
+}
+
+void addCard(PreviewSection& section, const std::u16string& id, const example::docparser::ExampleItem& item,
+             std::string_view thumbnailUrl) {
+    std::string& out = section.html;
+    PreviewSection::Card& card = section.cards.emplace_back();
+    card.id = id;
+    appendBetween(out, R"(<article class="card" data-example-id=")", id, "\"");
+    card.attributeAt = out.size();
+    out += '>';
+    if (thumbnailUrl.empty()) {
+        ++section.missingThumbnails;
+        out += "<div class=\"thumb missing\" data-missing-thumbnail><span>No thumbnail</span>";
+        if (!item.getThumbnail().empty()) {
+            appendBetween(out, "<code>", item.getThumbnail(), "</code>");
+        }
+        out += "</div>";
+    } else {
+        appendBetween(out, R"(<div class="thumb"><img src=")", thumbnailUrl, R"(" alt=""></div>)");
+    }
+    appendBetween(out, R"(<div class="body"><p class="tags"><span class="kind">)",
+                  kindLabel(item.getExampleType()), "</span>");
+    card.flagAt = out.size();
+    appendBetween(out, "</p><h3>", item.getTitle(), "</h3>");
+    appendBetween(out, "<p class=\"id\">", id, "</p>");
+    if (!item.getDescription().empty()) {
+        appendBetween(out, "<p class=\"desc\">", item.getDescription(), "</p>");
+    }
+    out += "<dl>";
+    if (!item.getOpenCommand().empty()) {
+        appendBetween(out, "<dt>Open</dt><dd><code>", item.getOpenCommand(), "</code></dd>");
+    }
+    addList(out, "Files", item.getRelativePaths());
+    addList(out, "Supporting", item.getSupportingFiles());
+    if (!item.getDocIDLinks().empty()) {
+        // Shown as text: the documentation they name is not part of the preview.
+        out += "<dt>Links</dt><dd><ul>";
+        for (const auto& link : item.getDocIDLinks()) {
+            appendBetween(out, "<li>", link.getTarget(), " ");
+            appendBetween(out, "<code>", link.getDocID(), "</code></li>");
+        }
+        out += "</ul></dd>";
+    }
+    out += "</dl></div></article>\n";
+}
+
 PreviewCounts countsOf(const PreviewSection& section) {
     return {section.cards.size(), section.untranslated, section.missingThumbnails, section.findings.size()};
 }
@@ -258,10 +330,8 @@ void writePreviewPage(std::ostream& out, const PreviewPage& page) {
         out << "<p class=\"empty\">No examples.</p>\n";
     }
     for (const PreviewSection& section : page.sections) {
-        const auto& header = *section.header;
         out << R"(<section class="folder" id=")" << sectionAnchor(section.helpFolder) << R"("><h2>)"
-            << escaped(section.helpFolder) << "</h2><p class=\"catalogue\">" << escaped(header.getProduct())
-            << ' ' << escaped(header.getVersion()) << " · locale " << escaped(header.getLocale()) << " · "
+            << escaped(section.helpFolder) << "</h2><p class=\"catalogue\">" << section.catalogue << " · "
             << plural(section.cards.size(), "example", "examples");
         if (section.untranslated != 0) {
             out << " · " << section.untranslated << " in English";
@@ -272,9 +342,7 @@ void writePreviewPage(std::ostream& out, const PreviewPage& page) {
         out << "</p>\n";
         writeFindings(out, section.findings);
         out << "<div class=\"cards\">\n";
-        for (const PreviewCard& card : section.cards) {
-            writeCard(out, card);
-        }
+        writeCards(out, section);
         out << "</div></section>\n";
     }
     out << "</main>\n</body>\n</html>\n";

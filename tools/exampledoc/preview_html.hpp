@@ -23,24 +23,35 @@ std::string percentEncodePath(std::string_view path);
 /** The language tag of a locale for the lang attribute: "ja" for ja_JP, "zh-CN" for zh_CN. */
 std::string htmlLanguage(std::string_view locale);
 
-/** One example as a card. */
-struct PreviewCard {
-    std::u16string id;
-    const example::docparser::ExampleItem* item = nullptr;
-    bool untranslated = false; // shown in English: the locale's catalogues lack it
-    std::string thumbnailUrl;  // relative to the page; empty for the placeholder
-    std::string thumbnail;     // what the catalogue names, for the placeholder
-};
+/** `text` escaped as escapeHtml does, appended to `out`; 16-bit text goes in as UTF-8. */
+void appendEscaped(std::string& out, std::string_view text);
+void appendEscaped(std::string& out, std::u16string_view text);
 
-/** One help folder of a locale's page. */
+/** One help folder of a locale's page. Its cards are rendered as soon as the library has read the
+    locale, before the check says which examples the locale's catalogues lack; each card leaves
+    the two places where the marks of such an example go. */
 struct PreviewSection {
+    struct Card {
+        std::u16string id;
+        std::size_t attributeAt = 0; // where the card's tag takes data-untranslated
+        std::size_t flagAt = 0;      // where its tags take the visible mark
+        bool untranslated = false;   // shown in English: the locale's catalogues lack it
+    };
     std::u16string helpFolder;
-    const reference::property::HeaderInfo* header = nullptr;
-    std::vector<PreviewCard> cards;
+    std::string catalogue; // the header's product, version and locale, as HTML
+    std::string html;      // the cards, without their marks
+    std::vector<Card> cards;
     std::vector<const Finding*> findings;
     std::size_t untranslated = 0;
     std::size_t missingThumbnails = 0;
 };
+
+/** Starts the section of `helpFolder`, its catalogue described by `header`. */
+PreviewSection startSection(const std::u16string& helpFolder, const reference::property::HeaderInfo& header);
+
+/** Renders one example as a card of `section`; an empty `thumbnailUrl` shows the placeholder. */
+void addCard(PreviewSection& section, const std::u16string& id, const example::docparser::ExampleItem& item,
+             std::string_view thumbnailUrl);
 
 /** A locale's page: its sections in help folder order, and the findings of no help folder. */
 struct PreviewPage {
@@ -50,7 +61,7 @@ struct PreviewPage {
     std::vector<const Finding*> otherFindings;
 };
 
-/** Writes the gallery page of one locale. */
+/** Writes the gallery page of one locale, each card marked as its section says. */
 void writePreviewPage(std::ostream& out, const PreviewPage& page);
 
 /** What the index says of one help folder under one locale. */

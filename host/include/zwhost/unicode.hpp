@@ -34,4 +34,7 @@ enum class Unpaired { Replace, Refuse };
     Unpaired::Refuse throws MalformedText. */
 std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired = Unpaired::Replace);
 
+/** utf16ToUtf8 appending to `out`; with Unpaired::Refuse a throw leaves `out` as it was. */
+void appendUtf8(std::string& out, std::u16string_view text, Unpaired unpaired = Unpaired::Replace);
+
 } // namespace zwhost::unicode

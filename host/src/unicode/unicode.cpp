@@ -228,11 +228,20 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
 
 std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired) {
     std::string out;
-    out.reserve(text.size());
+    appendUtf8(out, text, unpaired);
+    return out;
+}
+
+void appendUtf8(std::string& out, std::u16string_view text, Unpaired unpaired) {
+    const std::size_t start = out.size();
+    // A unit gives at most 3 bytes, a pair of them 4: the room is made once and cut to what was written.
+    out.resize(start + 3 * text.size());
+    char* const first = out.data() + start;
+    char* at = first;
     for (std::size_t i = 0; i < text.size(); ++i) {
         std::uint32_t code = text[i];
         if (code < 0x80) {
-            out += static_cast<char>(code);
+            *at++ = static_cast<char>(code);
             continue;
         }
         if (code >= 0xD800 && code <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
@@ -241,23 +250,24 @@ std::string utf16ToUtf8(std::u16string_view text, Unpaired unpaired) {
             ++i;
         } else if (code >= 0xD800 && code <= 0xDFFF) {
             if (unpaired == Unpaired::Refuse) {
+                out.resize(start);
                 throw MalformedText("unpaired surrogate at unit " + std::to_string(i));
             }
             code = 0xFFFD;
         }
         if (code < 0x800) {
-            out += static_cast<char>(0xC0 | (code >> 6));
+            *at++ = static_cast<char>(0xC0 | (code >> 6));
         } else if (code < 0x10000) {
-            out += static_cast<char>(0xE0 | (code >> 12));
-            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            *at++ = static_cast<char>(0xE0 | (code >> 12));
+            *at++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
         } else {
-            out += static_cast<char>(0xF0 | (code >> 18));
-            out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            *at++ = static_cast<char>(0xF0 | (code >> 18));
+            *at++ = static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+            *at++ = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
         }
-        out += static_cast<char>(0x80 | (code & 0x3F));
+        *at++ = static_cast<char>(0x80 | (code & 0x3F));
     }
-    return out;
+    out.resize(start + static_cast<std::size_t>(at - first));
 }
 
 } // namespace zwhost::unicode
