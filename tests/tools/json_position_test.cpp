@@ -31,6 +31,7 @@ TEST(JsonPosition, FindsEachPointerAtItsKeyOrValueInCharacters) {
         {"[\n  \"\xE6\x97\xA5\xE6\x9C\xAC\", 5]", "/1", 2, 9},
         {"{\"k\\u0041\":null,\n\"n\":[[],{}]}", "/kA", 1, 2},
         {"{\"k\\u0041\":null,\n\"n\":[[],{}]}", "/n/1", 2, 9},
+        {R"(["a\\", "b\"c", 7])", "/2", 1, 17},
         {R"({"a":1})", "/b", 0, 0},
         {R"({"a":[1,2]})", "/a/2", 0, 0},
         // Lines and characters that straddle the places where characters are counted ahead.

@@ -68,10 +68,21 @@ private:
     // The string that begins at the quote under the cursor, as its text says it (escapes kept).
     std::string_view rawString() {
         const std::size_t begin = at_++;
-        while (at_ < text_.size() && text_[at_] != '"') {
-            at_ += text_[at_] == '\\' ? 2 : 1;
+        // The closing quote is the first one after an even run of backslashes.
+        for (std::size_t quote = text_.find('"', at_);; quote = text_.find('"', quote + 1)) {
+            if (quote == kNone) {
+                at_ = text_.size();
+                break;
+            }
+            std::size_t backslashes = 0;
+            while (quote - backslashes > at_ && text_[quote - backslashes - 1] == '\\') {
+                ++backslashes;
+            }
+            if (backslashes % 2 == 0) {
+                at_ = quote + 1;
+                break;
+            }
         }
-        at_ = std::min(at_ + 1, text_.size());
         return text_.substr(begin, at_ - begin);
     }
 
