@@ -358,21 +358,35 @@ private:
         boost::json::monotonic_resource memory;
         const boost::json::value root = boost::json::parse(text_, &memory);
         const boost::json::array& entries = root.at("exampleItems").as_array();
-        std::map<std::u16string, std::size_t> firstIndex;
-        std::map<std::u16string, std::size_t> seen;
+        struct Seen {
+            std::size_t first; // the index of the first entry of the id
+            std::size_t kept;  // how many of its items the entries so far were
+        };
+        std::map<std::u16string, Seen> seen;
         for (std::size_t index = 0; index < entries.size(); ++index) {
             const boost::json::object& entry = entries[index].as_object();
             const auto& component = entry.at("component").get_string();
             const auto& name = entry.at("name").get_string();
-            const std::u16string id = zwhost::unicode::utf8ToUtf16({component.data(), component.size()}) +
-                                      u'/' + zwhost::unicode::utf8ToUtf16({name.data(), name.size()});
-            const auto& item = catalogue.items.at(id).at(seen[id]++);
+            const auto [at, unseen] =
+                seen.try_emplace(zwhost::unicode::utf8ToUtf16({component.data(), component.size()}) + u'/' +
+                                     zwhost::unicode::utf8ToUtf16({name.data(), name.size()}),
+                                 Seen{index, 0});
+            const std::u16string& id = at->first;
+            const auto& item = catalogue.items.at(id).at(at->second.kept++);
+            const boost::json::value* kind = entry.if_contains("exampleType");
+            const bool unknownKind = item.getExampleType() == ExampleType::Unknown && kind != nullptr &&
+                                     kind->get_string() != "Unknown";
+            const bool orphan = englishIds != nullptr && englishIds->count(id) == 0;
+            if (unseen && !unknownKind && !orphan && !item.getName().empty() &&
+                !item.getComponent().empty() && !item.getTitle().empty()) {
+                continue;
+            }
             const std::string idText = utf16ToUtf8(id);
             const std::string pointer = "/exampleItems/" + std::to_string(index);
             const std::string label = entryLabel(index, idText);
-            if (const auto [first, inserted] = firstIndex.emplace(id, index); !inserted) {
+            if (!unseen) {
                 add("duplicate-id", pointer, idText,
-                    label + ": exampleItems[" + std::to_string(first->second) +
+                    label + ": exampleItems[" + std::to_string(at->second.first) +
                         "] has the same id; both are kept under it");
             }
             for (const auto& [field, value] :
@@ -385,14 +399,12 @@ private:
                             (field == "title" ? "" : "; the id becomes " + inQuotes(idText)));
                 }
             }
-            const boost::json::value* kind = entry.if_contains("exampleType");
-            if (item.getExampleType() == ExampleType::Unknown && kind != nullptr &&
-                kind->get_string() != "Unknown") {
+            if (unknownKind) {
                 add("unknown-kind", pointer + "/exampleType", idText,
                     label + ": " + inQuotes(std::string(kind->get_string())) +
                         " is not a kind; the example is read as Unknown" + suggestKind(kind->get_string()));
             }
-            if (englishIds != nullptr && englishIds->count(id) == 0) {
+            if (orphan) {
                 add("orphan-id", pointer, idText,
                     label + ": no English example of this help folder has the id " + inQuotes(idText));
             }
