@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -101,23 +102,34 @@ private:
     std::set<std::pair<std::u16string, std::u16string>> missing_;
 };
 
+// glibc merges the blocks of freed records only when a large block is next asked for: asking for
+// one at once merges them while the check still runs, not once it has ended and the page is written.
+void mergeFreedBlocks() {
+    // Through a volatile pointer: the compiler drops a block that is freed unused.
+    void* volatile block = std::malloc(std::size_t{1} << 16);
+    std::free(block);
+}
+
 // The sections of one locale's page, a card for each example the library gives for the locale;
 // the records go with the call, while the check may still run.
 std::vector<PreviewSection> readSections(const TreeScope& scope, const std::u16string& locale,
                                          ThumbnailCopies& thumbnails) {
     zwhost::settings::setCurrentLocale(locale);
-    const example::docparser::ExampleCatalogues catalogues =
-        example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
     std::vector<PreviewSection> sections;
-    sections.reserve(catalogues.size());
-    for (const auto& [helpFolder, catalogue] : catalogues) {
-        PreviewSection& section = sections.emplace_back(startSection(helpFolder, catalogue.header));
-        for (const auto& [id, items] : catalogue.items) {
-            for (const auto& item : items) {
-                addCard(section, id, item, thumbnails.urlOf(helpFolder, item.getThumbnail()));
+    {
+        const example::docparser::ExampleCatalogues catalogues =
+            example::docparser::DocExampleParser::getDocExampleFiles(scope.root);
+        sections.reserve(catalogues.size());
+        for (const auto& [helpFolder, catalogue] : catalogues) {
+            PreviewSection& section = sections.emplace_back(startSection(helpFolder, catalogue.header));
+            for (const auto& [id, items] : catalogue.items) {
+                for (const auto& item : items) {
+                    addCard(section, id, item, thumbnails.urlOf(helpFolder, item.getThumbnail()));
+                }
             }
         }
     }
+    mergeFreedBlocks();
     return sections;
 }
 
