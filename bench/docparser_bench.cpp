@@ -28,6 +28,7 @@
 #include "corpus.hpp"
 #include "example/docparser/doc_example_parser.hpp"
 #include "plain_records.hpp"
+#include "reference/docparser/parse_multiple_product_files.hpp"
 #include "reference/docparser/read_json_files.hpp"
 #include "zip_floor.hpp"
 #include "zwhost/settings.hpp"
@@ -349,6 +350,56 @@ void BM_GetDocExampleFiles(benchmark::State& state) {
     state.counters["largest_MB"] = static_cast<double>(size.largest) / 1e6;
 }
 
+/** Where the full call's time goes beyond the floor: finding the products under the root
+    (`getAllProducts`, which the floor, given its list of files, does not do), and the drive
+    with a parse that keeps nothing (finding, opening and reading every catalogue, packages
+    vetted), against the floor's reading alone (`BM_FloorReading`). */
+void BM_FindProducts(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
+    const std::u16string suffix = zwhost::unicode::utf8ToUtf16(std::string("_") + zwbench::kCurrentLocale);
+    const std::vector<std::u16string> locales = {u"ja_JP", u"ko_KR", u"zh_CN"};
+    for (auto _ : state) {
+        reference::docparser::AllProducts products =
+            reference::docparser::DocResourceParser::getAllProducts(root, locales, suffix);
+        discardUntimed(state, std::move(products));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    labelTree(state);
+}
+
+void BM_ReadWithoutRecords(benchmark::State& state) {
+    using Catalogues = example::docparser::ExampleCatalogues;
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
+    const reference::docparser::ParsingInfo<Catalogues>::JsonParsingFcn keepNothing =
+        [](const std::string& text) {
+            benchmark::DoNotOptimize(text.data());
+            return Catalogues();
+        };
+    const reference::docparser::ParsingInfo<Catalogues>::IsInstalledFcn installed =
+        [](const std::u16string&) { return true; };
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            reference::docparser::DocResourceParser::ParsingTools::parseMultipleProductFiles<Catalogues>(
+                root, keepNothing, installed));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    labelTree(state);
+}
+
+void BM_FloorReading(benchmark::State& state) {
+    const zwbench::Tree& tree = treeOf(state.range(0));
+    const TreeSize size = sizeOf(tree);
+    for (auto _ : state) {
+        forEachText(tree, [](const std::string& text) { benchmark::DoNotOptimize(text.data()); });
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size.bytes));
+    labelTree(state);
+}
+
 /** The whole read done by plain code, the way a caller would write it without the library or
     the host: a std::filesystem walk, the floor's zip reader, the records of BM_BoostJsonRecords and a
    std::map merged by the same rules (packages first, a localised catalogue over an English one). */
@@ -456,6 +507,9 @@ BENCHMARK(BM_DropReplacedRecords)
     ->Iterations(10);
 BENCHMARK(BM_GetDocExampleFiles)->Apply(scalesAndShapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_PlainReader)->Apply(shapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_FindProducts)->Apply(shapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_ReadWithoutRecords)->Apply(shapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_FloorReading)->Apply(shapes)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace
 

@@ -1,4 +1,5 @@
-// The memory that 'exampledoc list --json' holds at once, against the catalogue bytes it reads.
+// The memory that 'exampledoc list --json' holds at once, against the catalogue bytes it reads;
+// and what 'exampledoc list' costs on the realistic trees, beside BM_GetDocExampleFiles.
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,14 +8,22 @@
 #include <benchmark/benchmark.h>
 
 #include "allocation_counter.hpp"
+#include "commands.hpp"
 #include "corpus.hpp"
 #include "json_output.hpp"
+#include "options.hpp"
 #include "zip_floor.hpp"
 #include "zwhost/unicode.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
+
+fs::path cacheFolder() {
+    const char* cache = std::getenv("ZW_BENCH_CACHE");
+    return cache != nullptr && *cache != '\0' ? fs::path(cache)
+                                              : fs::temp_directory_path() / "docparser_bench";
+}
 
 // Counts what is written to it and keeps nothing.
 class CountingBuffer : public std::streambuf {
@@ -53,10 +62,7 @@ void listJson(const std::u16string& root, std::ostream& out) {
 }
 
 void BM_ListJson(benchmark::State& state) {
-    const char* cache = std::getenv("ZW_BENCH_CACHE");
-    const zwbench::Tree tree = zwbench::generateTree(
-        cache != nullptr && *cache != '\0' ? fs::path(cache) : fs::temp_directory_path() / "docparser_bench",
-        static_cast<unsigned>(state.range(0)));
+    const zwbench::Tree tree = zwbench::generateTree(cacheFolder(), static_cast<unsigned>(state.range(0)));
     const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
     const std::uint64_t read = bytesRead(tree);
     CountingBuffer buffer;
@@ -81,6 +87,46 @@ void BM_ListJson(benchmark::State& state) {
     }
 }
 
+/** The whole of 'exampledoc list' on a realistic tree (argument 100 + zwbench::Shape, as for
+    BM_GetDocExampleFiles), its listing written to a stream that keeps nothing: the read, with
+    the count of what it skipped, and the listing. A documentation root beside the tree holds it
+    where the tool looks for catalogues. */
+void BM_ListCommand(benchmark::State& state) {
+    const auto shape = static_cast<zwbench::Shape>(state.range(0) - 100);
+    const zwbench::Tree tree = zwbench::generateTree(cacheFolder(), shape);
+    const fs::path documentation = cacheFolder() / ("list-root-" + zwbench::shapeName(shape));
+    const fs::path exampleRoot = documentation / "docCatalog" / "exampleapi";
+    if (!fs::exists(fs::symlink_status(exampleRoot))) {
+        fs::create_directories(exampleRoot.parent_path());
+        fs::create_directory_symlink(tree.root, exampleRoot);
+    }
+    exampledoc::Options options;
+    options.root = documentation.string();
+    CountingBuffer buffer;
+    std::ostream out(&buffer);
+    std::ostream err(&buffer);
+    for (auto _ : state) {
+        exampledoc::listCommand(options, out, err);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytesRead(tree)));
+    state.SetLabel(zwbench::shapeName(shape));
+}
+
+/** The full call alone on the same tree, its result freed with the clock running as list frees
+    it: what list costs beyond this is its own. */
+void BM_FullCallFreed(benchmark::State& state) {
+    const auto shape = static_cast<zwbench::Shape>(state.range(0) - 100);
+    const zwbench::Tree tree = zwbench::generateTree(cacheFolder(), shape);
+    const std::u16string root = zwhost::unicode::utf8ToUtf16(tree.root.string());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(example::docparser::DocExampleParser::getDocExampleFiles(root).size());
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytesRead(tree)));
+    state.SetLabel(zwbench::shapeName(shape));
+}
+
 BENCHMARK(BM_ListJson)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_ListCommand)->DenseRange(100, 105)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_FullCallFreed)->DenseRange(100, 105)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace

@@ -127,13 +127,13 @@ ExampleType::Value getExampleType(const boost::json::object& entry) {
 std::vector<std::u16string> getStringArray(const boost::json::object& entry, std::string_view key,
                                            ParsingTools::StringParsingType type) {
     std::vector<std::u16string> strings;
-    const auto member = entry.find(key);
-    if (member == entry.end()) {
+    const boost::json::value* const member = zwhost::json::findMember(entry, key);
+    if (member == nullptr) {
         return strings;
     }
     std::size_t index = SIZE_MAX;
     try {
-        const boost::json::array& array = ParsingTools::getJsonArray(member->value());
+        const boost::json::array& array = ParsingTools::getJsonArray(*member);
         strings.reserve(array.size());
         for (index = 0; index < array.size(); ++index) {
             strings.push_back(ParsingTools::getFluString(array[index], type));

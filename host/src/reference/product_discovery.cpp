@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -61,35 +60,50 @@ using Listing = std::vector<std::pair<std::string, unsigned char>>;
                                std::error_code(errno, std::generic_category()));
 }
 
+/** An open folder, closed when it goes out of scope. Its entries are opened and looked at
+    relative to it, so that the kernel resolves one name for each and not the whole path. */
+class OpenFolder {
+public:
+    /** Opens `name` in the folder `parent` (AT_FDCWD for a path); `folder` names it in errors. */
+    OpenFolder(int parent, const char* name, const std::string& folder)
+        : fd_(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC)) {
+        if (fd_ < 0) {
+            cannotList(folder);
+        }
+    }
+    ~OpenFolder() { ::close(fd_); }
+    OpenFolder(const OpenFolder&) = delete;
+    OpenFolder& operator=(const OpenFolder&) = delete;
+
+    int get() const { return fd_; }
+
+private:
+    int fd_;
+};
+
 // The entries of `folder` by native name in byte order, so that every machine reads alike, with
 // their types as the folder gives them. Read with getdents64 into a buffer on the stack: opendir
 // would add a stat of the folder and a heap buffer, and libstdc++'s directory_iterator allocates
 // inside a noexcept step, so running out of memory there would end the process.
-Listing listSorted(const std::string& folder) {
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-        cannotList(folder);
-    }
-    const std::unique_ptr<const int, void (*)(const int*)> closing(&fd,
-                                                                   [](const int* open) { ::close(*open); });
+Listing listSorted(const OpenFolder& folder, const std::string& name) {
     Listing entries;
     alignas(dirent64) char buffer[32 << 10];
     for (;;) {
-        const ssize_t got = ::getdents64(fd, buffer, sizeof buffer);
+        const ssize_t got = ::getdents64(folder.get(), buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) {
                 continue;
             }
-            cannotList(folder);
+            cannotList(name);
         }
         if (got == 0) {
             break;
         }
         for (ssize_t at = 0; at < got;) {
             const auto* found = reinterpret_cast<const dirent64*>(buffer + at);
-            const std::string_view name(found->d_name);
-            if (name != "." && name != "..") {
-                entries.emplace_back(std::string(name), found->d_type);
+            const std::string_view entry(found->d_name);
+            if (entry != "." && entry != "..") {
+                entries.emplace_back(std::string(entry), found->d_type);
             }
             at += found->d_reclen;
         }
@@ -98,11 +112,13 @@ Listing listSorted(const std::string& folder) {
     return entries;
 }
 
-std::string joined(const std::string& folder, const std::string& name) {
-    std::string path;
+// `name` in `folder`, in native bytes or in UTF-16.
+template <class String>
+String joined(const String& folder, const String& name) {
+    String path;
     path.reserve(folder.size() + 1 + name.size());
     path += folder;
-    path += '/';
+    path += typename String::value_type('/');
     path += name;
     return path;
 }
@@ -116,7 +132,7 @@ Kind kindOfMode(mode_t mode) {
 
 // A link to a folder is not followed; a link to a file is read as the file. An entry that cannot
 // be looked at counts as neither folder nor file.
-Kind kindOf(const std::string& path, unsigned char type) {
+Kind kindOf(const OpenFolder& folder, const std::string& name, unsigned char type) {
     struct stat info {};
     switch (type) {
     case DT_DIR:
@@ -126,7 +142,7 @@ Kind kindOf(const std::string& path, unsigned char type) {
     case DT_LNK:
         break;
     case DT_UNKNOWN:
-        if (::lstat(path.c_str(), &info) != 0) {
+        if (::fstatat(folder.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
             return Kind::Other;
         }
         if (!S_ISLNK(info.st_mode)) {
@@ -136,7 +152,7 @@ Kind kindOf(const std::string& path, unsigned char type) {
     default:
         return Kind::Other;
     }
-    if (::stat(path.c_str(), &info) != 0) {
+    if (::fstatat(folder.get(), name.c_str(), &info, 0) != 0) {
         return errno == ENOENT ? Kind::DanglingLink : errno == ELOOP ? Kind::LinkLoop : Kind::Other;
     }
     return S_ISREG(info.st_mode) ? Kind::File : Kind::Other;
@@ -148,35 +164,37 @@ public:
          const LeftOutFn& leftOut)
         : locales_(locales), localeSuffix_(localeSuffix), leftOut_(leftOut) {}
 
-    void folder(const Listing& entries, const std::string& native, const std::u16string& path,
+    void folder(const OpenFolder& open, const Listing& entries, const std::u16string& path,
                 const std::string& relative, int depth) {
+        // The relative path names an entry only in a report and below it, so it is made there.
+        const auto relativeOf = [&](const std::string& nativeName) {
+            return relative.empty() ? nativeName : joined(relative, nativeName);
+        };
         for (const auto& [nativeName, type] : entries) {
-            const std::string childRelative = relative.empty() ? nativeName : joined(relative, nativeName);
             const std::optional<std::u16string> name = fromNative(nativeName);
             if (!name) {
-                report(childRelative, LeftOut::Why::NotUtf8, {});
+                report(relativeOf(nativeName), LeftOut::Why::NotUtf8, {});
                 continue;
             }
-            const std::string childNative = joined(native, nativeName);
-            const Kind kind = kindOf(childNative, type);
+            const Kind kind = kindOf(open, nativeName, type);
             if (kind == Kind::Folder) {
                 if (depth < kMaxDepth) {
-                    subfolder(childNative, path + u'/' + *name, childRelative, depth + 1);
+                    subfolder(open, nativeName, joined(path, *name), relativeOf(nativeName), depth + 1);
                 } else {
-                    report(childRelative, LeftOut::Why::TooDeep, {});
+                    report(relativeOf(nativeName), LeftOut::Why::TooDeep, {});
                 }
             } else if (kind == Kind::File) {
                 if (isPackageName(*name)) {
-                    add(products_.packageProducts, *name, path + u'/' + *name);
+                    add(products_.packageProducts, *name, joined(path, *name));
                 } else if (isCatalogueName(*name)) {
-                    add(products_.looseProducts, *name, path + u'/' + *name);
+                    add(products_.looseProducts, *name, joined(path, *name));
                 }
             } else if (kind == Kind::DanglingLink) {
-                report(childRelative, LeftOut::Why::DanglingLink, {});
+                report(relativeOf(nativeName), LeftOut::Why::DanglingLink, {});
             } else if (kind == Kind::LinkLoop && (isPackageName(*name) || isCatalogueName(*name))) {
-                report(childRelative, LeftOut::Why::LinkLoop, {});
+                report(relativeOf(nativeName), LeftOut::Why::LinkLoop, {});
             } else if (isPackageName(*name) || isCatalogueName(*name)) {
-                report(childRelative, LeftOut::Why::NotRegularFile, {});
+                report(relativeOf(nativeName), LeftOut::Why::NotRegularFile, {});
             }
         }
     }
@@ -190,18 +208,21 @@ private:
         }
     }
 
-    void subfolder(const std::string& native, const std::u16string& path, const std::string& relative,
-                   int depth) {
+    // The folder stays open while its entries are walked, one open folder for each level.
+    void subfolder(const OpenFolder& parent, const std::string& nativeName, const std::u16string& path,
+                   const std::string& relative, int depth) {
+        std::optional<OpenFolder> open;
         Listing entries;
         try {
-            entries = listSorted(native);
+            open.emplace(parent.get(), nativeName.c_str(), relative);
+            entries = listSorted(*open, relative);
         } catch (const fs::filesystem_error& error) {
             // A folder below the root that cannot be listed is passed over, as a package that
             // cannot be opened is: what lies beside it is still read.
             report(relative, LeftOut::Why::Unlistable, error.code().message());
             return;
         }
-        folder(entries, native, path, relative, depth);
+        folder(*open, entries, path, relative, depth);
     }
 
     void add(std::vector<ProductPathData>& list, const std::u16string& name, std::u16string fullPath) {
@@ -260,7 +281,8 @@ namespace zwhost::reference {
         path.pop_back();
     }
     Walk walk(locales, localeSuffix, leftOut);
-    walk.folder(listSorted(native.native()), native.native(), path, {}, 0);
+    const OpenFolder open(AT_FDCWD, native.c_str(), native.native());
+    walk.folder(open, listSorted(open, native.native()), path, {}, 0);
     return walk.take();
 }
 
