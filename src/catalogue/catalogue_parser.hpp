@@ -16,6 +16,12 @@ namespace example::docparser::detail {
     Throws on text that is not a catalogue; nothing of the file survives then. */
 ExampleCatalogues parseExampleCatalogue(const std::string& text);
 
+/** The catalogues under `root` for the current locale, each file's text turned into its catalogue
+    by `parse`: getDocExampleFiles with parseExampleCatalogue, or a tool that watches the parse. */
+ExampleCatalogues
+readExampleCatalogues(const std::u16string& root,
+                      const reference::docparser::ParsingInfo<ExampleCatalogues>::JsonParsingFcn& parse);
+
 /** The strings of the array member `key` of `entry`, each treated by `type`; empty if absent. */
 std::vector<std::u16string>
 getStringArray(const boost::json::object& entry, std::string_view key,

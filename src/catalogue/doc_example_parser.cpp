@@ -57,14 +57,23 @@ void DocExampleParser::restoreDefaultSettings() {
 }
 
 ExampleCatalogues DocExampleParser::getDocExampleFiles(const std::u16string& root) {
+    const ParsingInfo<ExampleCatalogues>::JsonParsingFcn jsonFcn = &detail::parseExampleCatalogue;
+    return detail::readExampleCatalogues(root, jsonFcn);
+}
+
+namespace detail {
+
+ExampleCatalogues readExampleCatalogues(const std::u16string& root,
+                                        const ParsingInfo<ExampleCatalogues>::JsonParsingFcn& parse) {
     DocResourceParser::ParsingResults<ExampleCatalogues> results;
     {
-        const ParsingInfo<ExampleCatalogues>::JsonParsingFcn jsonFcn = &detail::parseExampleCatalogue;
         const ParsingInfo<ExampleCatalogues>::IsInstalledFcn isInstalledFcn = &isInstalledAlways;
         results = DocResourceParser::ParsingTools::parseMultipleProductFiles<ExampleCatalogues>(
-            root, jsonFcn, isInstalledFcn);
+            root, parse, isInstalledFcn);
     }
     return std::move(results.installed);
 }
+
+} // namespace detail
 
 } // namespace example::docparser

@@ -8,7 +8,6 @@
 #include "catalogue/catalogue_parser.hpp"
 #include "commands.hpp"
 #include "json_output.hpp"
-#include "reference/docparser/parse_multiple_product_files.hpp"
 #include "text_output.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/skip_watch.hpp"
@@ -34,14 +33,9 @@ std::pair<ExampleCatalogues, std::size_t> readCatalogues(const std::u16string& r
             throw;
         }
     };
-    const ParsingInfo<ExampleCatalogues>::IsInstalledFcn installed = [](const std::u16string&) {
-        return true;
-    };
     const zwhost::reference::SkipWatch watch;
-    auto results =
-        reference::docparser::DocResourceParser::ParsingTools::parseMultipleProductFiles<ExampleCatalogues>(
-            root, parse, installed);
-    return {std::move(results.installed), refused + watch.count()};
+    ExampleCatalogues catalogues = example::docparser::detail::readExampleCatalogues(root, parse);
+    return {std::move(catalogues), refused + watch.count()};
 }
 
 // Keeps the help folders, kinds and ids that the options ask for; a folder that an id or kind
