@@ -21,7 +21,8 @@ class Exampledoc : public zwtest::HostLeakCheck {};
 
 // Each command's command lines, a line each in tests/data/exampledoc/MANIFEST: help, usage, version
 // and unknown commands; what list writes and how it reads locales, colour, filters and what it
-// skips; what show writes; each rule of check at its place, every locale and format; coverage.
+// skips; what show writes; each rule of check at its place, every locale and format; coverage;
+// what preview cannot write.
 class ExampledocCommand : public zwtest::HostLeakCheck, public testing::WithParamInterface<const char*> {};
 
 TEST_P(ExampledocCommand, SaysWhatItsManifestCasesExpect) {
@@ -29,7 +30,7 @@ TEST_P(ExampledocCommand, SaysWhatItsManifestCasesExpect) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Exampledoc, ExampledocCommand,
-                         testing::Values("usage", "list", "show", "check", "coverage"),
+                         testing::Values("usage", "list", "show", "check", "coverage", "preview"),
                          [](const auto& info) { return std::string(info.param); });
 
 TEST_F(Exampledoc, SarifFollowsTheSchema) {
