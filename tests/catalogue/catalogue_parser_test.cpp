@@ -12,7 +12,6 @@
 #include "support/host_leak_check.hpp"
 #include "support/manifest.hpp"
 #include "support/small_tree.hpp"
-#include "zwhost/fault.hpp"
 
 namespace {
 
@@ -91,30 +90,6 @@ TEST_F(CatalogueParser, EachCorpusTextGivesWhatTheManifestSays) {
     const std::filesystem::path corpus = ZW_FUZZ_DIR "/corpus/catalogue_parser";
     for (const auto& fields : zwtest::corpusManifest(corpus)) {
         EXPECT_EQ(outcome(zwtest::fileText(corpus / fields.at(0))), fields.at(1)) << fields.at(0);
-    }
-}
-
-TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
-    const std::string text =
-        catalogue(entry("c", "n", R"(,"relative_path":["p"],"docid_links":[{"docid":"d","target":"t"}])"));
-    const std::string whole = zwtest::describe(parseExampleCatalogue(text));
-    // A failure at any call of a read passes through unchanged and nothing of the file is given;
-    // past the last call the whole file is read.
-    for (const std::string operation :
-         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getJsonArray(value)",
-          "ParsingTools::getFluString", "ParsingTools::getFluString(value)",
-          "ParsingTools::getFluStringWithFallback"}) {
-        for (std::uint64_t call = 1;; ++call) {
-            zwhost::fault::Scope faults;
-            zwhost::fault::failOn(operation, call);
-            try {
-                EXPECT_EQ(zwtest::describe(parseExampleCatalogue(text)), whole) << operation;
-                EXPECT_GT(call, 1U) << "a failed first " << operation << " ends the file";
-                break;
-            } catch (const zwhost::fault::InjectedFault& fault) {
-                EXPECT_EQ(fault.what(), "injected fault in " + operation);
-            }
-        }
     }
 }
 
