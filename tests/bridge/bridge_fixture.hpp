@@ -32,13 +32,15 @@ class BridgeTest : public HostLeakCheck {
 protected:
     BridgeTest() { zwhost::classes::registerDocParserClasses(); }
 
-    /** An item of the given kind with two of everything but the texts: links "a" to "1", "b" to "2". */
-    static ExampleItem makeItem(ExampleType::Value kind = ExampleType::Model) {
+    /** An item of the given kind, component and name with two of everything but the texts: links
+        "a" to "1", "b" to "2". */
+    static ExampleItem makeItem(ExampleType::Value kind = ExampleType::Model,
+                                std::u16string component = u"component", std::u16string name = u"name") {
         std::vector<DocIDLink> links;
         links.emplace_back(u"a", u"1");
         links.emplace_back(u"b", u"2");
-        return ExampleItem(u"name", u"component", u"title", u"description", {u"a.m", u"b.m"}, u"thumb.png",
-                           kind, u"open", {u"data.mat"}, std::move(links));
+        return ExampleItem(std::move(name), std::move(component), u"title", u"description", {u"a.m", u"b.m"},
+                           u"thumb.png", kind, u"open", {u"data.mat"}, std::move(links));
     }
 
     /** A new rows-by-cols object array of the host's link class holding links from `ids` to "t". */

@@ -1,16 +1,17 @@
 #include "catalogue/catalogue_parser.hpp"
 
-#include <optional>
+#include <filesystem>
 #include <string>
 #include <utility>
 
+#include <boost/json/kind.hpp>
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
 #include "reference/docparser/catalogue_format_error.hpp"
 #include "support/host_leak_check.hpp"
+#include "support/manifest.hpp"
 #include "support/small_tree.hpp"
-#include "zwhost/fault.hpp"
 
 namespace {
 
@@ -67,127 +68,28 @@ TEST_F(CatalogueParser, BuildsEachItemFromItsMembersWithTheirDefaults) {
     EXPECT_EQ(items.at(0).getRelativePaths().capacity(), 3U);
 }
 
-// What a text gives: "read" and the number of items, or why it fails: the JSON error or the
-// catalogue's format error.
+// What a text gives: "read" and the number of items; "json:" and the JSON error; or "format", where
+// the refused value lies, what it should be and what it is, and the message.
 std::string outcome(const std::string& text) {
     try {
         return "read " + std::to_string(parseExampleCatalogue(text).begin()->second.items.size());
     } catch (const boost::system::system_error& error) {
         return "json: " + error.code().message();
     } catch (const reference::docparser::CatalogueFormatError& error) {
-        return std::string("format: ") + error.what();
+        const char* const expected[] = {"unknown", "object", "array", "string"};
+        return std::string("format ") + (error.placed() ? "" : "unplaced ") +
+               (error.pointer().empty() ? "-" : std::string(error.pointer())) + ' ' +
+               expected[static_cast<int>(error.expected())] + ' ' +
+               (error.found() ? std::string(boost::json::to_string(*error.found())) : "nothing") + ": " +
+               error.what();
     }
 }
 
-TEST_F(CatalogueParser, MalformedTextFailsTheWholeFileForItsReason) {
-    std::string hundred;
-    for (int i = 0; i < 100; ++i) {
-        hundred += entry("c", "n" + std::to_string(i)) + ",";
-    }
-    const auto with = [](const std::string& extra) { return catalogue(entry("c", "n", extra)); };
-    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
-    // clang-format off
-    const std::pair<std::string, const char*> rows[] = {
-        {catalogue(hundred + entry("c", "last")), "read 101"},
-        // The root object and its "extra" member take two levels of the 32 allowed.
-        {with(R"(,"extra":)" + nested(29)), "read 1"}, {with(R"(,"extra":)" + nested(30)), "json: too deep"},
-        {"", "json: incomplete JSON"}, {"{", "json: incomplete JSON"}, {catalogue(entry("c", "n")) + "//", "json: extra data"},
-        {catalogue(entry("c", "n") + ","), "json: syntax error"}, {catalogue(entry("c", "n\xff")), "json: syntax error"},
-        {catalogue(entry("c", "n\xed\xa0\x80")), "json: syntax error"},
-        {"[]", "format: catalogue root: expected an object, found array"},
-        {R"({"exampleItems":[]})", "format: member \"header\": expected an object, found nothing"},
-        {R"({"header":[],"exampleItems":[]})", "format: member \"header\": expected an object, found array"},
-        {R"({"header":{"helpFolder":3},"exampleItems":[]})", "format: header member \"helpFolder\": expected a string, found int64"},
-        {R"({"header":{"locale":null},"exampleItems":[]})", "format: header member \"locale\": expected a string, found null"},
-        {catalogue(R"({"name":null,"component":"c","title":"t","thumbnail":"x"})"), "format: member \"name\": expected a string, found null"},
-        {with(R"(,"openCmd":[])"), "format: member \"openCmd\": expected a string, found array"},
-        {R"({"header":{}})", "format: member \"exampleItems\": expected an array, found nothing"},
-        {R"({"header":{},"exampleItems":{}})", "format: member \"exampleItems\": expected an array, found object"},
-        {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "format: member \"name\": expected a string, found nothing"},
-        {with(R"(,"relative_path":"a")"), "format: value: expected an array, found string"},
-        {with(R"(,"supporting_files":[1])"), "format: array element: expected a string, found int64"},
-        {with(R"(,"docid_links":[{"docid":"d"}])"), "format: member \"target\": expected a string, found nothing"},
-        {with(R"(,"description":4)"), "format: member \"description\": expected a string, found int64"},
-        {catalogue("7"), "format: value is not an object"}, {with(R"(,"docid_links":["d"])"), "format: value is not an object"},
-        {with(R"(,"exampleType":5)"), "format: value is not a string"},
-    };
-    // clang-format on
-    for (const auto& [text, expected] : rows) {
-        EXPECT_EQ(outcome(text), expected) << text;
-    }
-}
-
-TEST_F(CatalogueParser, RefusalSaysWhereWhatWasExpectedAndWhatWasFound) {
-    using Expected = reference::docparser::CatalogueFormatError::Expected;
-    using boost::json::kind;
-    std::string hundred;
-    for (int i = 0; i < 100; ++i) {
-        hundred += entry("c", "n" + std::to_string(i)) + ",";
-    }
-    const auto with = [](const std::string& extra) { return catalogue(entry("c", "n", extra)); };
-    // clang-format off
-    const struct {
-        std::string text;
-        const char* pointer;
-        Expected expected;
-        std::optional<kind> found;
-        const char* message;
-    } rows[] = {
-        {catalogue("7"), "/exampleItems/0", Expected::Object, kind::int64, nullptr},
-        {R"({"exampleItems":[]})", "/header", Expected::Object, std::nullopt, "member \"header\": expected an object, found nothing"},
-        {R"({"header":[],"exampleItems":[]})", "/header", Expected::Object, kind::array, nullptr},
-        {R"({"header":{"helpFolder":3},"exampleItems":[]})", "/header/helpFolder", Expected::String, kind::int64, nullptr},
-        {R"({"header":{}})", "/exampleItems", Expected::Array, std::nullopt, nullptr},
-        {R"({"header":{},"exampleItems":{}})", "/exampleItems", Expected::Array, kind::object, nullptr},
-        {R"(["header"])", "", Expected::Object, kind::array, "catalogue root: expected an object, found array"},
-        {catalogue(hundred + R"({"component":"c","title":"t","thumbnail":"x"})"), "/exampleItems/100/name", Expected::String, std::nullopt, "member \"name\": expected a string, found nothing"},
-        {with(R"(,"exampleType":5)"), "/exampleItems/0/exampleType", Expected::String, kind::int64, nullptr},
-        {with(R"(,"relative_path":"a")"), "/exampleItems/0/relative_path", Expected::Array, kind::string, "value: expected an array, found string"},
-        {with(R"(,"supporting_files":["s",[1]])"), "/exampleItems/0/supporting_files/1", Expected::String, kind::array, nullptr},
-        {with(R"(,"docid_links":[{"docid":"d","target":"t"},{"docid":"d"}])"), "/exampleItems/0/docid_links/1/target", Expected::String, std::nullopt, nullptr},
-        {with(R"(,"docid_links":["d"])"), "/exampleItems/0/docid_links/0", Expected::Object, kind::string, nullptr},
-        {with(R"(,"docid_links":null)"), "/exampleItems/0/docid_links", Expected::Array, kind::null, nullptr},
-        {with(R"(,"description":4)"), "/exampleItems/0/description", Expected::String, kind::int64, nullptr},
-        {catalogue(entry("c", "n") + "," + R"({"name":"a/b~c","component":"c","title":"t","thumbnail":"x","openCmd":[]})"), "/exampleItems/1/openCmd", Expected::String, kind::array, nullptr},
-    };
-    // clang-format on
-    for (const auto& row : rows) {
-        try {
-            parseExampleCatalogue(row.text);
-            ADD_FAILURE() << row.text;
-        } catch (const reference::docparser::CatalogueFormatError& error) {
-            EXPECT_TRUE(error.placed()) << row.text;
-            EXPECT_EQ(error.pointer(), row.pointer) << row.text;
-            EXPECT_EQ(error.expected(), row.expected) << row.text;
-            EXPECT_EQ(error.found(), row.found) << row.text;
-            if (row.message != nullptr) {
-                EXPECT_STREQ(error.what(), row.message);
-            }
-        }
-    }
-}
-
-TEST_F(CatalogueParser, HostFailureInAnyReadEndsTheFile) {
-    const std::string text =
-        catalogue(entry("c", "n", R"(,"relative_path":["p"],"docid_links":[{"docid":"d","target":"t"}])"));
-    const std::string whole = zwtest::describe(parseExampleCatalogue(text));
-    // A failure at any call of a read passes through unchanged and nothing of the file is given;
-    // past the last call the whole file is read.
-    for (const std::string operation :
-         {"ParsingTools::getHeaderInfo", "ParsingTools::getJsonArray", "ParsingTools::getJsonArray(value)",
-          "ParsingTools::getFluString", "ParsingTools::getFluString(value)",
-          "ParsingTools::getFluStringWithFallback"}) {
-        for (std::uint64_t call = 1;; ++call) {
-            zwhost::fault::Scope faults;
-            zwhost::fault::failOn(operation, call);
-            try {
-                EXPECT_EQ(zwtest::describe(parseExampleCatalogue(text)), whole) << operation;
-                EXPECT_GT(call, 1U) << "a failed first " << operation << " ends the file";
-                break;
-            } catch (const zwhost::fault::InjectedFault& fault) {
-                EXPECT_EQ(fault.what(), "injected fault in " + operation);
-            }
-        }
+// Each text of the fuzz corpus reads or fails the whole file as its MANIFEST line says.
+TEST_F(CatalogueParser, EachCorpusTextGivesWhatTheManifestSays) {
+    const std::filesystem::path corpus = ZW_FUZZ_DIR "/corpus/catalogue_parser";
+    for (const auto& fields : zwtest::corpusManifest(corpus)) {
+        EXPECT_EQ(outcome(zwtest::fileText(corpus / fields.at(0))), fields.at(1)) << fields.at(0);
     }
 }
 

@@ -130,6 +130,7 @@ TEST(Utf16ToUtf8, UnpairedSurrogatesAreReplacedOrRefused) {
         {u"\xD800", "\xEF\xBF\xBD"}, {u"\xDBFF", "\xEF\xBF\xBD"}, {u"\xDC00", "\xEF\xBF\xBD"}, {u"\xDFFF", "\xEF\xBF\xBD"},
         {u"a\xD800" u"b", "a\xEF\xBF\xBD" "b"}, {u"\xDC00\xD800", "\xEF\xBF\xBD\xEF\xBF\xBD"},
         {u"\xD800\xD800\xDC00", "\xEF\xBF\xBD\xF0\x90\x80\x80"}, {u"\xD83D\xDE00\xDE00", "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
+        {u"\xDBFF\xE000", "\xEF\xBF\xBD\xEE\x80\x80"},
     };
     // clang-format on
     for (const auto& [text, replaced] : rows) {

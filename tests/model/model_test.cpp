@@ -5,10 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "bridge/bridge_fixture.hpp"
 #include "example/docparser/example_item.hpp"
 #include "example/docparser/example_type.hpp"
-#include "support/host_leak_check.hpp"
-#include "zwhost/classes.hpp"
 
 namespace {
 
@@ -41,38 +40,26 @@ TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
     EXPECT_STREQ(ExampleType::getZCOSClassName(), "ExampleType");
 }
 
-ExampleItem makeItem(std::u16string component, std::u16string name,
-                     ExampleType::Value kind = ExampleType::Model) {
-    std::vector<DocIDLink> links;
-    links.emplace_back(u"doc0", u"t");
-    links.emplace_back(u"doc1", u"t");
-    return ExampleItem(std::move(name), std::move(component), u"Title", u"Description", {u"a/b.m", u"c.slx"},
-                       u"thumb.png", kind, u"open()", {u"data.mat"}, std::move(links));
-}
-
 // The four arrays the host reads: built on the first call, then given from the item's caches.
 Arrays cachesOf(const ExampleItem& item) {
     return {item.getRelativePathsProperty(), item.getExampleTypeProperty(), item.getSupportingFilesProperty(),
             item.getDocIDLinksProperty()};
 }
 
-class ExampleItemTest : public zwtest::HostLeakCheck {
-protected:
-    ExampleItemTest() { zwhost::classes::registerDocParserClasses(); }
-};
+using ExampleItemTest = zwtest::BridgeTest;
 
 TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
     const std::u16string rows[][3] = {
         {u"a", u"b", u"a/b"}, {u"a/b", u"c", u"a/b/c"}, {u"", u"b", u""}, {u"a", u"", u""}, {u"", u"", u""}};
     for (const auto& [component, name, id] : rows) {
-        EXPECT_EQ(makeItem(component, name).getID(), id);
+        EXPECT_EQ(makeItem(ExampleType::Model, component, name).getID(), id);
     }
-    const std::u16string joined = makeItem(u"component", u"longname").getID();
+    const std::u16string joined = makeItem(ExampleType::Model, u"component", u"longname").getID();
     EXPECT_EQ(joined.capacity(), joined.size()) << "built at its size";
 }
 
 TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
-    const ExampleItem source = makeItem(u"comp", u"name", static_cast<ExampleType::Value>(200));
+    const ExampleItem source = makeItem(static_cast<ExampleType::Value>(200));
     const Arrays cached = cachesOf(source);
     const auto live = zwhost::arrays::liveCount();
     const ExampleItem duplicate = source.copy();
@@ -87,7 +74,7 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
     EXPECT_EQ(duplicate.getRelativePaths(), source.getRelativePaths());
     EXPECT_NE(duplicate.getRelativePaths().data(), source.getRelativePaths().data());
     ASSERT_EQ(duplicate.getDocIDLinks().size(), 2U);
-    EXPECT_EQ(duplicate.getDocIDLinks()[1].getDocID(), u"doc1");
+    EXPECT_EQ(duplicate.getDocIDLinks()[1].getDocID(), u"b");
     EXPECT_EQ(duplicate.getDocIDLinks().capacity(), 2U);
     const ExampleItem empty =
         ExampleItem(u"", u"", u"", u"", {}, u"", ExampleType::Unknown, u"", {}, {}).copy();
@@ -97,11 +84,11 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
 
 TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     std::vector<ExampleItem> items;
-    items.push_back(makeItem(u"c", u"first"));
+    items.push_back(makeItem());
     const Arrays cached = cachesOf(items.front());
     const auto live = zwhost::arrays::liveCount();
     for (int i = 0; i < 100; ++i) {
-        items.push_back(makeItem(u"c", u"more"));
+        items.push_back(makeItem());
     }
     EXPECT_EQ(cachesOf(items.front()), cached);
     EXPECT_EQ(zwhost::arrays::liveCount(), live);

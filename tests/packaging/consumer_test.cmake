@@ -1,4 +1,4 @@
-# Builds and runs the consumer project of tests/consumer against this project.
+# Builds and runs the consumer project of examples/consumer against this project.
 #   MODE=install       installs the build tree into WORK_DIR/prefix, then uses the package through
 #                      find_package and through pkg-config, and runs the installed tool
 #   MODE=subdirectory  builds the consumer with the project's sources through add_subdirectory
@@ -47,7 +47,7 @@ if(MODE STREQUAL "install")
   set(docroot "${prefix}/${DATADIR}/exampledocparser/docroot")
   run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
 
-  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer" -B "${WORK_DIR}/build" ${configure_args}
+  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/examples/consumer" -B "${WORK_DIR}/build" ${configure_args}
     "-DCMAKE_PREFIX_PATH=${prefix}")
   run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
   run("${WORK_DIR}/build/consumer" "${docroot}")
@@ -76,12 +76,12 @@ if(MODE STREQUAL "install")
     run("${PKG_CONFIG}" --variable=sampledocroot exampledocparser)
     string(STRIP "${output}" pc_docroot)
     run("${CXX_COMPILER}" -std=c++20 -o "${WORK_DIR}/pkgconfig-consumer"
-      "${SOURCE_DIR}/tests/consumer/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+      "${SOURCE_DIR}/examples/consumer/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
     run("${WORK_DIR}/pkgconfig-consumer" "${pc_docroot}")
     message(STATUS "pkg-config: ${output}")
   endif()
 elseif(MODE STREQUAL "subdirectory")
-  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/tests/consumer" -B "${WORK_DIR}/build" ${configure_args}
+  run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/examples/consumer" -B "${WORK_DIR}/build" ${configure_args}
     "-DEXAMPLEDOCPARSER_SOURCE_DIR=${SOURCE_DIR}")
   run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --parallel 2)
   run("${WORK_DIR}/build/consumer" "${SOURCE_DIR}/examples/docroot")

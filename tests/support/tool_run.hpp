@@ -1,5 +1,6 @@
 #pragma once
-// Runs command lines of exampledoc over small trees written from a table, and checks what they say.
+// Runs command lines of exampledoc over small trees, and checks what they say: the cases of
+// tests/data/exampledoc/MANIFEST over the trees of tests/data/exampledoc/TREES.
 
 #include <sys/stat.h>
 
@@ -10,6 +11,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -19,6 +21,7 @@
 
 #include "cli.hpp"
 #include "example/docparser/doc_example_parser.hpp"
+#include "support/manifest.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
@@ -150,6 +153,60 @@ inline void expectTool(const ToolCase& c) {
             EXPECT_NE(said.find(expected), std::string::npos) << expected << '\n' << said;
         }
     }
+}
+
+/** `text` with the escapes of the case files undone: \\, \n, \t and \xHH. */
+inline std::string unescaped(std::string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            out += text[i];
+        } else if (text[++i] == 'x') {
+            out += static_cast<char>(std::stoi(std::string(text.substr(i + 1, 2)), nullptr, 16));
+            i += 2;
+        } else {
+            out += text[i] == 'n' ? '\n' : text[i] == 't' ? '\t' : text[i];
+        }
+    }
+    return out;
+}
+
+/** The lines of tests/data/exampledoc/`name`, each field unescaped. */
+inline ManifestLines caseLines(const std::string& name) {
+    ManifestLines lines = manifestLines(ZW_SOURCE_DIR "/tests/data/exampledoc/" + name);
+    for (auto& fields : lines) {
+        for (std::string& field : fields) {
+            field = unescaped(field);
+        }
+    }
+    return lines;
+}
+
+/** The tree of `name` in tests/data/exampledoc/TREES: its lines "tree, path, content". */
+inline Files caseTree(const std::string& name) {
+    Files files;
+    for (const auto& fields : caseLines("TREES")) {
+        if (fields.at(0) == name) {
+            files.emplace_back(fields.at(1), fields.at(2));
+        }
+    }
+    EXPECT_FALSE(files.empty()) << "no tree " << name << " in tests/data/exampledoc/TREES";
+    return files;
+}
+
+/** Runs each case of tests/data/exampledoc/MANIFEST named "`command`-...": its line gives the
+    name, the tree ("-": the sample tree), the exit status, the command line and what it expects. */
+inline void expectManifestCases(const std::string& command) {
+    int cases = 0;
+    for (const auto& fields : caseLines("MANIFEST")) {
+        if (fields.at(0).starts_with(command + '-')) {
+            SCOPED_TRACE("case " + fields.at(0));
+            expectTool({fields.at(1) == "-" ? Files{} : caseTree(fields.at(1)), fields.at(3),
+                        std::stoi(fields.at(2)), std::vector<std::string>(fields.begin() + 4, fields.end())});
+            ++cases;
+        }
+    }
+    EXPECT_GT(cases, 0) << "no case of " << command;
 }
 
 } // namespace zwtest

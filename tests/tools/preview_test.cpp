@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <set>
 
-#include "support/catalogue_text.hpp"
 #include "support/tool_run.hpp"
 
 namespace {
@@ -60,26 +59,6 @@ std::pair<std::size_t, std::size_t> expectedCards(const Files& files, const std:
     return {cards, untranslated};
 }
 
-// A help folder whose catalogues hold markup, links and paths out of their folder, with one
-// thumbnail that is there.
-const Files kHostile = {
-    {"h/ex.json",
-     R"j({"header":{"product":"P","helpFolder":"h","locale":"en_US"},"exampleItems":[)j"
-     R"j({"component":"c","name":"a","title":"<img src=x onerror=alert(1)>","thumbnail":"images/t.png",)j"
-     R"j("description":"<script>alert(2)</script>","openCmd":"</code><b>bold</b>"},)j"
-     R"j({"component":"c\"><script>alert(3)</script>","name":"b","title":"b","thumbnail":"javascript:alert(4)",)j"
-     R"j("docid_links":[{"docid":"javascript:alert(5)","target":"<a href=x>t</a>"}]},)j"
-     R"j({"component":"c","name":"d","title":"d","thumbnail":"../../../../../etc/hostname",)j"
-     R"j("relative_path":["<iframe src=x>"]},)j"
-     R"j({"component":"c","name":"e","title":"e","thumbnail":"images/none.png"},)j"
-     R"j({"component":"c","name":"f","title":"f","thumbnail":"images/a b#1.png"}]})j"},
-    {"h/ex_ja_JP.json", zwtest::catalogueText("h", "ja_JP", {{"a", "<b>太字</b>"}, {"x", "orphan"}})},
-    {"k/ex.json", zwtest::catalogueText("k", "en_US", {{"a", "A"}, {"b", "B"}})},
-    {"k/ex_zh_CN.json", zwtest::catalogueText("k", "zh_CN", {{"b", "乙"}})},
-    {"../../h/images/t.png", "<copy>examples/docroot/graphics/images/SurfacePlotOfPeaks.png"},
-    {"../../h/images/a b#1.png", "<copy>examples/docroot/graphics/images/SurfacePlotOfPeaks.png"},
-};
-
 struct PreviewCase {
     Files files; // none: the sample tree
     std::string options;
@@ -89,6 +68,9 @@ struct PreviewCase {
 };
 
 TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
+    // A help folder whose catalogues hold markup, links and paths out of their folder, with one
+    // thumbnail that is there.
+    const Files hostile = zwtest::caseTree("hostile");
     const std::vector<PreviewCase> cases = {
         {{},
          "",
@@ -99,7 +81,7 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
           {"zh_CN", "<html lang=\"zh-CN\">"},
           {"index", "ja_JP.html#folder-graphics"}},
          {"graphics/images/SurfacePlotOfPeaks.png", "control/images/PIDTuning.png"}},
-        {kHostile,
+        {hostile,
          "",
          {"en_US", "ja_JP", "ko_KR", "zh_CN"},
          {{"en_US", "&lt;img src=x onerror=alert(1)&gt;"},
@@ -116,7 +98,7 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
           {"ja_JP", "&lt;b&gt;太字&lt;/b&gt;"},
           {"zh_CN", "乙"}},
          {"h/images/t.png", "h/images/a b#1.png"}},
-        {kHostile, "--locale zh_CN", {"zh_CN"}, {{"zh_CN", "乙"}}, {"h/images/t.png"}},
+        {hostile, "--locale zh_CN", {"zh_CN"}, {{"zh_CN", "乙"}}, {"h/images/t.png"}},
     };
     for (const PreviewCase& c : cases) {
         SCOPED_TRACE("preview " + c.options + (c.files.empty() ? " of the sample tree" : ""));
@@ -165,26 +147,6 @@ TEST(Preview, EveryPageShowsTheLibrarysExamplesAsTextAndRunsNothing) {
         EXPECT_EQ(again.status, 2);
         EXPECT_NE(again.err.find("already exists; give --force"), std::string::npos) << again.err;
         EXPECT_EQ(zwtest::runTool(c.files, command + " --force").status, 0);
-    }
-}
-
-TEST(Preview, CheckNotesMissingThumbnailsAndPreviewNamesWhatItCannotWrite) {
-    const std::vector<zwtest::ToolCase> cases = {
-        {kHostile,
-         "check --format json",
-         0,
-         {"h/ex.json (c/e) [missing-thumbnail] thumbnail \"images/none.png\" is not there: no file "
-          "h/images/none.png",
-          "[missing-thumbnail] thumbnail \"javascript:alert(4)\" is not a relative path inside h/",
-          "[missing-thumbnail] thumbnail \"../../../../../etc/hostname\" is not a relative path inside h/",
-          "!(c/a) [missing-thumbnail]", "!k/ex.json (c/a) [missing-thumbnail]"}},
-        {{}, "check", 0, {"!missing-thumbnail"}},
-        {{}, "preview --out /dev/null", 2, {"exampledoc preview: /dev/null is not a folder"}},
-        {{}, "preview --out /dev/null/x", 1, {"exampledoc preview: cannot make the folder /dev/null/x"}},
-        {{}, "preview --locale xx_XX", 2, {"locale \"xx_XX\" has no catalogues"}},
-    };
-    for (const zwtest::ToolCase& c : cases) {
-        zwtest::expectTool(c);
     }
 }
 

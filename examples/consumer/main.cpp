@@ -1,6 +1,7 @@
-// Reads the sample documentation tree that comes with the library, through the library and
-// through the host's classes, and checks what a user of the package relies on.
-// Usage: consumer SAMPLE_DOCROOT
+// A program built against the installed library: it reads the sample documentation tree that
+// comes with the library, reads an example's title through the host's classes and catches the
+// library's own error, and says what differs from what a user of the package relies on. The
+// packaging tests build and run it. Usage: consumer SAMPLE_DOCROOT
 
 #include <filesystem>
 #include <iostream>
