@@ -48,6 +48,7 @@ TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
         {"ZipPhysicalPackage", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
         {"ZipPhysicalPackage", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
         {"Package::open", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
+        {"FileSystemManager", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
         {"FileSystemManager::getAllLeafs", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
         {"DocResourceParser::isValidFilename", 3, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
         {"FileSystemManager::readEntry", 2, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(en): c/x=en c/y=en\n", 1},

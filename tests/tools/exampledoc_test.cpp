@@ -106,8 +106,16 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
 }
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {
-    const auto loggers = zwhost::log::registeredLoggers();
-    EXPECT_EQ(std::count(loggers.begin(), loggers.end(), "exampleApi::docparser"), 1);
+    const auto named = [](const std::string& name) {
+        const auto loggers = zwhost::log::registeredLoggers();
+        return std::count(loggers.begin(), loggers.end(), name);
+    };
+    EXPECT_EQ(named("exampleApi::docparser"), 1);
+    {
+        const foundation::log::basic_diagnostic_logger<char> passing("test::passing");
+        EXPECT_EQ(named("test::passing"), 1);
+    }
+    EXPECT_EQ(named("test::passing"), 0);
     // Any shared object of the process reaches the library by its exported name; that road must
     // lead to the copy the tool uses, or to none.
     using GetRoot = std::shared_ptr<const std::u16string> (*)();
