@@ -9,7 +9,6 @@
 #include <boost/json/parse.hpp>
 
 #include "catalogue/catalogue_keys.hpp"
-#include "zwhost/json_members.hpp"
 
 namespace example::docparser::detail {
 namespace {
@@ -55,7 +54,7 @@ const boost::json::string& asString(const boost::json::value& value) {
 
 std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
     std::vector<DocIDLink> links;
-    const boost::json::value* const member = zwhost::json::findMember(entry, kKeyDocidLinks);
+    const boost::json::value* const member = entry.if_contains(kKeyDocidLinks);
     if (member == nullptr) {
         return links;
     }
@@ -78,7 +77,7 @@ std::vector<DocIDLink> getDocIDLinks(const boost::json::object& entry) {
 
 ExampleType::Value getExampleType(const boost::json::object& entry) {
     ExampleType::Value exampleType = ExampleType::getDefaultValue();
-    const boost::json::value* const member = zwhost::json::findMember(entry, kKeyExampleType);
+    const boost::json::value* const member = entry.if_contains(kKeyExampleType);
     if (member != nullptr) {
         const boost::json::string* text = nullptr;
         try {
@@ -127,7 +126,7 @@ ExampleType::Value getExampleType(const boost::json::object& entry) {
 std::vector<std::u16string> getStringArray(const boost::json::object& entry, std::string_view key,
                                            ParsingTools::StringParsingType type) {
     std::vector<std::u16string> strings;
-    const boost::json::value* const member = zwhost::json::findMember(entry, key);
+    const boost::json::value* const member = entry.if_contains(key);
     if (member == nullptr) {
         return strings;
     }
