@@ -220,6 +220,19 @@ TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
     // Below the ratio floor any ratio is taken: half a MiB of zeros packs to a few dozen bytes.
     const std::string someZeros(kMiB / 2, '\0');
     EXPECT_EQ(readPackage(dir.write("small.zip", zipOf({bzip2(someZeros)}))), (Leaves{{u"0", someZeros}}));
+    // A directory of one record more than a package may hold is refused whole, also when its zip64
+    // end record counts no more than the most.
+    std::string many = zipOf(std::vector<ZipRecord>(65537, {.data = "a", .size = 1}));
+    many.replace(many.rfind("PK\6\6") + 24, 16, pack("88", {65536, 65536}));
+    EXPECT_THAT([&] { readPackage(dir.write("many.zip", many)); },
+                testing::ThrowsMessage<PackageError>(HasSubstr("more than 65536 entries")));
+    // An entry that declares as many bytes as the limit and holds more is damaged, not too large.
+    const OpenPackage more(dir.write("more.zip", zipOf({{.data = "ab", .size = 1}})));
+    EXPECT_THAT(
+        [&] { more.read(1, FileSystemManager::kNoBudget, false); },
+        testing::Throws<PackageError>(testing::AllOf(
+            testing::Property(&PackageError::kind, opc::PackageErrorKind::DamagedEntry),
+            testing::Property(&PackageError::what, HasSubstr("entry 0 is larger than it declares")))));
 }
 
 } // namespace

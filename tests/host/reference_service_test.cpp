@@ -219,6 +219,7 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
         {tree.path() / "missing", 4}, // cannot be opened
         {tree.path(), 4},             // a folder cannot be read
         {"/dev/zero", 1000},          // a device, which never ends
+        {"/proc/self/maps", 4096},    // a file of the kernel, which declares no size, past the limit
         {fifo, 4},                    // a FIFO, which no one writes: it must not block
     };
     for (const auto& [path, limit] : failures) {

@@ -57,7 +57,9 @@ TEST(Utf8ToUtf16, AsciiAndOneWideCharacterAtEveryPlace) {
             for (std::size_t at = 0; at <= length; at += (length > 40 && at + 1 < length ? 7 : 1)) {
                 const Encoded before = ascii(at);
                 const Encoded after = ascii(length - at);
-                const std::u16string result = utf8ToUtf16(before.utf8 + wide.utf8 + after.utf8);
+                // A byte follows the text, so that a unit written past the end would show.
+                const std::string text = before.utf8 + wide.utf8 + after.utf8 + 'X';
+                const std::u16string result = utf8ToUtf16(std::string_view(text).substr(0, text.size() - 1));
                 EXPECT_EQ(result, before.utf16 + wide.utf16 + after.utf16)
                     << "character of " << wide.utf8.size() << " bytes at " << at << " of " << length;
                 EXPECT_EQ(result.capacity(), std::max<std::size_t>(result.size(), 7)) << "sized exactly";
