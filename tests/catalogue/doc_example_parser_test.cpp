@@ -12,7 +12,6 @@ namespace {
 
 using example::docparser::DocExampleParser;
 using example::docparser::ExampleCatalogues;
-using zwtest::catalogueText;
 
 constexpr char16_t kSuffix[] = u"/docCatalog/exampleapi";
 
@@ -32,7 +31,7 @@ protected:
 TEST_F(DocExampleParserTest, EachTreeReadsAsItsLineSays) {
     for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/READS")) {
         const zwtest::TempDir tree;
-        zwtest::writeFiles(tree.path(), zwtest::caseTree(fields.at(0), ZW_TEST_DATA "/trees/TREES"));
+        zwtest::writeTree(tree.path(), fields.at(0));
         const auto result = DocExampleParser::getDocExampleFiles(zwtest::u16(tree.path().string()));
         EXPECT_EQ(zwtest::titles(result), fields.at(1)) << "tree " << fields.at(0);
     }
@@ -71,7 +70,7 @@ TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {
         EXPECT_EQ(*DocExampleParser::getExampleRoot(), held);
     }
     EXPECT_EQ(*first, std::u16string(u"/docs") + kSuffix) << "a held root never changes";
-    dir.write("ex.json", catalogueText("h", "en", {{"a", "given"}}));
+    zwtest::writeTree(dir.path(), "root-given");
     EXPECT_EQ(zwtest::titles(DocExampleParser::getDocExampleFiles(root())), "h(en): c/a=given\n")
         << "read from the root given";
     zwhost::settings::setDocumentationRoot(u"/moved");

@@ -1,7 +1,5 @@
 #include "reference/docparser/read_zip_files.hpp"
 
-#include <sstream>
-
 #include <gtest/gtest.h>
 
 #include "catalogue/catalogue_parser.hpp"
@@ -29,17 +27,7 @@ TEST_F(ReadZipFiles, LeavesAreChosenByStemOrByTheirProductAndStorageIsSetUpOnce)
     for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/ZIPS")) {
         SCOPED_TRACE(fields.at(4));
         const zwtest::TempDir dir;
-        zwtest::writeFiles(dir.path(), fields.at(0) == "-"
-                                           ? zwtest::Files{}
-                                           : zwtest::caseTree(fields.at(0), ZW_TEST_DATA "/trees/TREES"));
-        std::vector<ProductPathData> products;
-        std::istringstream names(fields.at(1));
-        for (std::string name; names >> name;) {
-            const bool localised = name.ends_with('*');
-            name.resize(name.size() - (localised ? 1 : 0));
-            products.emplace_back(zwtest::u16(name), localised,
-                                  zwtest::u16((dir.path() / (name + ".zip")).string()));
-        }
+        const auto products = zwtest::treeProducts(dir.path(), fields.at(0), fields.at(1), ".zip");
         const zwhost::fault::Scope faults;
         zwhost::fault::failOn("GetStorageSystemReference", std::stoull(fields.at(2)));
         try {

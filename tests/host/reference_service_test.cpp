@@ -120,7 +120,7 @@ TEST_F(ReferenceService, WalksEachTreeAsItsGoldenFileSays) {
     for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/WALKS")) {
         SCOPED_TRACE("walk " + fields.at(0) + fields.at(1));
         const zwtest::TempDir tree;
-        zwtest::writeFiles(tree.path(), zwtest::caseTree(fields.at(0), ZW_TEST_DATA "/trees/TREES"));
+        zwtest::writeTree(tree.path(), fields.at(0));
         const std::string found = walked(tree.path(), u16(fields.at(1)));
         EXPECT_EQ(found, zwtest::fileText(ZW_TEST_DATA "/trees/" + fields.at(2)));
         EXPECT_EQ(walked(tree.path() / "", u16(fields.at(1))), found);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/docparser/product_data.hpp"
 #include "support/manifest.hpp"
 #include "support/temp_tree.hpp"
 
@@ -89,6 +91,31 @@ inline Files caseTree(const std::string& name,
     }
     EXPECT_FALSE(files.empty()) << "no tree " << name << " in " << trees;
     return files;
+}
+
+/** Writes the tree `name` of tests/data/trees/TREES under `root`. */
+inline void writeTree(const std::filesystem::path& root, const std::string& name) {
+    writeFiles(root, caseTree(name, ZW_TEST_DATA "/trees/TREES"));
+}
+
+/** Writes the tree `name` ("-": none) of tests/data/trees/TREES under `root` and gives the
+    products `names` in order: each the file of that name and `extension` under `root`, localised
+    where "*" follows the name. */
+inline std::vector<reference::docparser::ProductPathData> treeProducts(const std::filesystem::path& root,
+                                                                       const std::string& name,
+                                                                       const std::string& names,
+                                                                       const std::string& extension) {
+    if (name != "-") {
+        writeTree(root, name);
+    }
+    std::vector<reference::docparser::ProductPathData> products;
+    std::istringstream words(names);
+    for (std::string word; words >> word;) {
+        const bool localised = word.ends_with('*');
+        word.resize(word.size() - (localised ? 1 : 0));
+        products.emplace_back(u16(word), localised, u16((root / (word + extension)).string()));
+    }
+    return products;
 }
 
 } // namespace zwtest
