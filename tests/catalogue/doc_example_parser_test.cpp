@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
@@ -11,7 +12,6 @@ namespace {
 
 using example::docparser::DocExampleParser;
 using example::docparser::ExampleCatalogues;
-using zwtest::catalogueText;
 
 constexpr char16_t kSuffix[] = u"/docCatalog/exampleapi";
 
@@ -26,42 +26,15 @@ protected:
     zwhost::fault::Scope faults;
 };
 
-TEST_F(DocExampleParserTest, PackagesAreReadBeforeLooseFiles) {
-    // The stems of the package's one catalogue and of the loose one, and which wins the shared id.
-    const struct {
-        const char* package;
-        const char* loose;
-        const char* expected;
-    } rows[] = {
-        {"ex", "ex", "h(pkg): c/l=loose c/p=pkg c/s=pkg\n"}, // English beside English: the package was first
-        {"ex_ja_JP", "ex_ja_JP",
-         "h(loose): c/l=loose c/p=pkg c/s=loose\n"},               // both localised: the loose file was last
-        {"ex_ja_JP", "ex", "h(pkg): c/l=loose c/p=pkg c/s=pkg\n"}, // localised wins although read first
-        {"ex", "ex_ja_JP", "h(loose): c/l=loose c/p=pkg c/s=loose\n"},
-    };
-    for (const auto& row : rows) {
-        zwtest::TempDir tree;
-        tree.writeZip(
-            std::string("h/") + row.package + ".zip",
-            {{std::string(row.package) + ".json", catalogueText("h", "pkg", {{"s", "pkg"}, {"p", "pkg"}})}});
-        tree.write(std::string("h/") + row.loose + ".json",
-                   catalogueText("h", "loose", {{"s", "loose"}, {"l", "loose"}}));
+// Each read of tests/data/trees/READS: a tree of TREES and the titles it gives, which show what
+// was read and which file won each id.
+TEST_F(DocExampleParserTest, EachTreeReadsAsItsLineSays) {
+    for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/READS")) {
+        const zwtest::TempDir tree;
+        zwtest::writeTree(tree.path(), fields.at(0));
         const auto result = DocExampleParser::getDocExampleFiles(zwtest::u16(tree.path().string()));
-        EXPECT_EQ(zwtest::titles(result), row.expected) << row.package << " + " << row.loose;
+        EXPECT_EQ(zwtest::titles(result), fields.at(1)) << "tree " << fields.at(0);
     }
-}
-
-TEST_F(DocExampleParserTest, OtherLocalesAreNotReadAndBadFilesLeaveGaps) {
-    dir.write("a/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}}));
-    dir.write("a/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}}));
-    dir.write("a/ex_zh_CN.json", catalogueText("h", "zh", {{"a", "zh"}, {"b", "zh"}}));
-    dir.write("b/broken.json", "{\"header\":");
-    dir.write("b/good.json", catalogueText("g", "en", {{"x", "x"}}));
-    dir.write("b/not_a_catalogue.json", "[]");
-    dir.write("c/bad.zip", "no zip");
-    dir.writeZip("c/inside_bad.zip", {{"ex.json", "{\"header\":7}"}});
-    const auto result = DocExampleParser::getDocExampleFiles(root());
-    EXPECT_EQ(zwtest::titles(result), "g(en): c/x=x\nh(ja): c/a=ja c/b=en\n");
 }
 
 TEST_F(DocExampleParserTest, AnEmptyRootAsksNothingAndAnyOtherSetsUpStorage) {
@@ -97,7 +70,7 @@ TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {
         EXPECT_EQ(*DocExampleParser::getExampleRoot(), held);
     }
     EXPECT_EQ(*first, std::u16string(u"/docs") + kSuffix) << "a held root never changes";
-    dir.write("ex.json", catalogueText("h", "en", {{"a", "given"}}));
+    zwtest::writeTree(dir.path(), "root-given");
     EXPECT_EQ(zwtest::titles(DocExampleParser::getDocExampleFiles(root())), "h(en): c/a=given\n")
         << "read from the root given";
     zwhost::settings::setDocumentationRoot(u"/moved");

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "example/docparser/doc_example_parser.hpp"
+#include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
@@ -33,32 +34,12 @@ protected:
 };
 
 TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
-    // A host call failing at its n-th call, and what is left of the tree, or the failure that ends
-    // the whole call, and how many files and packages the host counts as given up.
-    // clang-format off
-    const struct {
-        const char* operation;
-        std::uint64_t call;
-        const char* left;
-        std::size_t givenUp;
-    } rows[] = {
-        {"DocResourceParser::getAllProducts", 1, "injected fault in DocResourceParser::getAllProducts", 0},
-        {"GetStorageSystemReference", 1, "injected fault in GetStorageSystemReference", 0},
-        {"FileSystemOpsSelector", 1, "injected fault in FileSystemOpsSelector", 0},
-        {"ZipPhysicalPackage", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
-        {"ZipPhysicalPackage", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
-        {"Package::open", 2, "g(en): c/p=en c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
-        {"FileSystemManager", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
-        {"FileSystemManager::getAllLeafs", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
-        {"DocResourceParser::isValidFilename", 3, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\n", 1},
-        {"FileSystemManager::readEntry", 2, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(en): c/x=en c/y=en\n", 1},
-        {"DocResourceParser::openAndReadFile", 4, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/c=ja\nk(ja): c/x=ja c/y=en\n", 1},
-        {"DocResourceParser::openAndReadFile", 5, "g(ja): c/p=ja c/q=en\nh(en): c/a=en c/b=en\nk(ja): c/x=ja c/y=en\n", 1},
-        {"ParsingTools::getHeaderInfo", 6, "g(ja): c/p=ja\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja c/y=en\n", 0},
-        {"ParsingTools::getFluStringWithFallback", 1, "g(ja): c/p=ja c/q=en\nh(ja): c/a=ja c/b=en c/c=ja\nk(ja): c/x=ja\n", 0},
-    };
-    // clang-format on
-    for (const auto& [operation, call, left, givenUp] : rows) {
+    // Each line of tests/data/trees/FAULTS: a host call failing at its n-th call, how many files and
+    // packages the host counts as given up, and what is left of the tree or the failure that ends
+    // the whole call.
+    for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/FAULTS")) {
+        const std::string& operation = fields.at(0);
+        const std::uint64_t call = std::stoull(fields.at(1));
         zwhost::fault::Scope faults;
         zwhost::fault::failOn(operation, call);
         const zwhost::reference::SkipWatch watch;
@@ -68,8 +49,8 @@ TEST_F(FaultSweep, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
         } catch (const zwhost::fault::InjectedFault& fault) {
             got = fault.what();
         }
-        EXPECT_EQ(got, left) << operation << " fails at call " << call;
-        EXPECT_EQ(watch.count(), givenUp) << operation << " fails at call " << call;
+        EXPECT_EQ(got, fields.at(3)) << operation << " fails at call " << call;
+        EXPECT_EQ(watch.count(), std::stoull(fields.at(2))) << operation << " fails at call " << call;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "catalogue/catalogue_parser.hpp"
+#include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
 #include "support/small_tree.hpp"
 
@@ -17,8 +18,9 @@ using Info = ParsingInfo<ExampleCatalogues>;
 
 class ReadJsonFiles : public zwtest::HostLeakCheck {
 protected:
-    ProductPathData file(const std::string& name, bool localised, const std::string& text) {
-        return ProductPathData(zwtest::u16(name), localised, zwtest::u16(dir.write(name, text).string()));
+    /** The files `names` of the tree `tree` of tests/data/trees/TREES ("*": localised). */
+    std::vector<ProductPathData> files(const std::string& tree, const std::string& names) {
+        return zwtest::treeProducts(dir.path(), tree, names, ".json");
     }
 
     Results read(const std::vector<ProductPathData>& products, Results results = {}) {
@@ -33,13 +35,7 @@ protected:
 };
 
 TEST_F(ReadJsonFiles, ABadFileCostsOnlyItselfAndNoFilesChangeNothing) {
-    Results results = read({
-        file("x_ja_JP.json", true, zwtest::catalogueText("other", "ja", {{"n", "T"}})),
-        file("good.json", false, zwtest::catalogueText("h", "en", {{"n", "kept"}})),
-        file("bad.json", true, zwtest::catalogueText("h", "ja", {{"n", "lost"}}) + ","),
-        ProductPathData(u"missing", true, zwtest::u16((dir.path() / "missing.json").string())),
-        file("empty.json", false, ""),
-    });
+    Results results = read(files("json-bad", "x_ja_JP* good bad* missing* empty"));
     const std::string expected = "h(en): c/n=kept\nother(ja): c/n=T\n";
     EXPECT_EQ(zwtest::titles(results.installed), expected);
     parse = [](const std::string&) -> ExampleCatalogues { throw std::logic_error("must not be called"); };
@@ -53,20 +49,16 @@ TEST_F(ReadJsonFiles, PredicateChoosesTheMapAndAnEmptyCallableSkipsEveryFile) {
         }
         return key != u"out";
     };
-    const std::vector<ProductPathData> files = {
-        file("in.json", false, zwtest::catalogueText("in", "en", {{"n", "in"}})),
-        file("out.json", false, zwtest::catalogueText("out", "en", {{"n", "out"}})),
-        file("boom.json", false, zwtest::catalogueText("boom", "en", {{"n", "x"}})),
-    };
-    const Results results = read(files);
+    const std::vector<ProductPathData> products = files("json-predicate", "in out boom");
+    const Results results = read(products);
     EXPECT_EQ(zwtest::titles(results.installed) + zwtest::titles(results.notInstalled),
               "in(en): c/n=in\nout(en): c/n=out\n");
     EXPECT_EQ(zwtest::titles(results.notInstalled), "out(en): c/n=out\n");
     installed = nullptr;
-    EXPECT_TRUE(read(files).installed.empty());
+    EXPECT_TRUE(read(products).installed.empty());
     installed = [](const std::u16string&) { return true; };
     parse = nullptr;
-    EXPECT_TRUE(read(files).installed.empty());
+    EXPECT_TRUE(read(products).installed.empty());
 }
 
 // Allocates from the global heap but fails the allocation that brings the countdown to zero.
@@ -100,17 +92,13 @@ TEST_F(ReadJsonFiles, FailedInsertionLosesTheWholeSelectedMap) {
                                 [](const std::u16string& key) { return key != u"other"; },
                                 {},
                                 u"_ja_JP"};
-    std::vector<ProductPathData> files;
-    for (const char* key : {"a", "other", "b", "c"}) {
-        files.push_back(file(std::string(key) + ".json", false, zwtest::catalogueText(key, "en", {})));
-    }
+    const std::vector<ProductPathData> keys = files("json-keys", "a other b c");
     DocResourceParser::ParsingResults<Map> results;
-    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin(), files.begin() + 2), info,
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(keys.begin(), keys.begin() + 2), info,
                                                    results);
     // The parse of b.json makes one node; the insertion of "b" into the held map is the next.
     allocationsUntilFailure = 2;
-    DocResourceParser::ParsingTools::readJsonFiles(std::vector(files.begin() + 2, files.end()), info,
-                                                   results);
+    DocResourceParser::ParsingTools::readJsonFiles(std::vector(keys.begin() + 2, keys.end()), info, results);
     EXPECT_EQ(allocationsUntilFailure, 0);
     EXPECT_EQ(results.installed.size(), 1U) << "\"a\" went with the map; only \"c\" was placed after";
     EXPECT_EQ(results.installed.count(u"c"), 1U);

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "reference/docparser/doc_resource_parser.hpp"
-#include "support/temp_tree.hpp"
+#include "support/case_tree.hpp"
 #include "zwhost/product_walk.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/unicode.hpp"
@@ -49,23 +49,30 @@ private:
                                                             {"ZW_DOC_ROOT", get("ZW_DOC_ROOT")}};
 };
 
-std::vector<std::u16string> products(const fs::path& root, const std::u16string& suffix = u"_ja_JP") {
+// What the walk finds under `root`, a line each ("L" loose files, then "P" packages: the path under
+// the root, the stem, 1 if localised), then what it passes over and why.
+std::string walked(const fs::path& root, const std::u16string& suffix = u"_ja_JP") {
+    const std::vector<std::u16string> locales = {u"ja_JP", u"ko_KR", u"zh_CN"};
     std::u16string root16 = u16(root.native());
-    const auto all = DocResourceParser::getAllProducts(root16, {u"ja_JP", u"ko_KR", u"zh_CN"}, suffix);
+    const auto all = DocResourceParser::getAllProducts(root16, locales, suffix);
     if (root16.ends_with(u'/')) {
         root16.pop_back(); // a root given with a trailing '/' names the same folder
     }
-    // Each record as "L|P relative path|stem|0 or 1", loose ones first.
-    std::vector<std::u16string> out;
+    std::u16string out;
     for (const auto* list : {&all.looseProducts, &all.packageProducts}) {
         for (const ProductPathData& p : *list) {
             EXPECT_EQ(p.getFullPath().substr(0, root16.size() + 1), root16 + u'/');
-            out.push_back((list == &all.looseProducts ? u"L " : u"P ") +
-                          p.getFullPath().substr(root16.size() + 1) + u'|' + p.getStem() +
-                          (p.isNonEnglishLocale() ? u"|1" : u"|0"));
+            out += (list == &all.looseProducts ? u"L " : u"P ") + p.getFullPath().substr(root16.size() + 1) +
+                   u'|' + p.getStem() + (p.isNonEnglishLocale() ? u"|1\n" : u"|0\n");
         }
     }
-    return out;
+    const char* why[] = {"not UTF-8",          "dangling link", "link loop",
+                         "not a regular file", "too deep",      "unlistable"};
+    std::string text = zwhost::unicode::utf16ToUtf8(out);
+    zwhost::reference::walkProducts(root16, locales, suffix, [&](const zwhost::reference::LeftOut& left) {
+        text += "left out: " + left.path + " (" + why[static_cast<int>(left.why)] + ")\n";
+    });
+    return text;
 }
 
 std::size_t openDescriptors() {
@@ -107,62 +114,23 @@ TEST_F(ReferenceService, ResetRestoresEveryDefaultAndRereadsTheDocumentationRoot
     EXPECT_EQ(sample.substr(sample.size() - 17), u"/examples/docroot");
 }
 
-TEST_F(ReferenceService, WalksDepthFirstInByteOrderAndKeepsEnglishAndCurrentLocale) {
-    const zwtest::TempDir tree;
-    for (const char* name : {"b/examples.json", "a.json", "B.json", "a/z/deep.json", "a/examples_ja_JP.json",
-                             "a/examples_ko_KR.json", "a/examplesja_JP.json", "a/notes.txt", "a/x.JSON",
-                             "a/.json", "\xc3\xa9.json", "bad\xff.json", "pkg/docs_ko_KR.zip"}) {
-        tree.write(name, "{}");
+// Each walk of tests/data/trees/WALKS: a tree of TREES, the locale suffix and the golden file of
+// what the walk finds and passes over; a root with a trailing '/' gives the same.
+TEST_F(ReferenceService, WalksEachTreeAsItsGoldenFileSays) {
+    for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/WALKS")) {
+        SCOPED_TRACE("walk " + fields.at(0) + fields.at(1));
+        const zwtest::TempDir tree;
+        zwtest::writeTree(tree.path(), fields.at(0));
+        const std::string found = walked(tree.path(), u16(fields.at(1)));
+        EXPECT_EQ(found, zwtest::fileText(ZW_TEST_DATA "/trees/" + fields.at(2)));
+        EXPECT_EQ(walked(tree.path() / "", u16(fields.at(1))), found);
     }
-    tree.writeZip("pkg/docs.zip", {{"a.json", "{}"}});
-    tree.writeZip("pkg/docs_ja_JP.zip", {{"a_ja_JP.json", "{}"}});
-    // clang-format off
-    EXPECT_EQ(products(tree.path()), (std::vector<std::u16string>{
-        u"L B.json|B|0", u"L a/examples_ja_JP.json|examples_ja_JP|1", u"L a/z/deep.json|deep|0", u"L a.json|a|0",
-        u"L b/examples.json|examples|0", u"L é.json|é|0", u"P pkg/docs.zip|docs|0", u"P pkg/docs_ja_JP.zip|docs_ja_JP|1"}));
-    // clang-format on
-    EXPECT_EQ(products(tree.path(), u"_ko_KR").size(), 8U);
-    EXPECT_EQ(products(tree.path() / ""), products(tree.path()));
-}
-
-TEST_F(ReferenceService, FollowsNoLinkToAFolderStopsAtDepthSixteenAndSaysWhatItPassesOver) {
-    using Why = zwhost::reference::LeftOut::Why;
-    const zwtest::TempDir tree;
-    tree.write("a.json", "{}");
-    tree.write("bad\xff.json", "{}");
-    fs::create_directory_symlink(tree.path(), tree.path() / "loop");
-    fs::create_directory_symlink(tree.path(), tree.path() / "folder.zip");
-    fs::create_symlink(tree.path() / "a.json", tree.path() / "linked.json");
-    fs::create_symlink(tree.path() / "gone.json", tree.path() / "dangling.json");
-    fs::create_symlink(tree.path() / "looped.json", tree.path() / "looped.json");
-    ASSERT_EQ(::mkfifo((tree.path() / "fifo.json").c_str(), 0600), 0);
-    fs::path deep;
-    for (int depth = 1; depth <= 17; ++depth) {
-        deep /= "d";
-        tree.write(deep / ("at" + std::to_string(depth) + ".json"), "{}");
-    }
-    const auto found = products(tree.path());
-    ASSERT_EQ(found.size(), 18U);
-    EXPECT_EQ(found[16], u"L d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/at16.json|at16|0");
-    EXPECT_EQ(found[17], u"L linked.json|linked|0");
-    std::vector<std::pair<std::string, Why>> reports;
-    zwhost::reference::walkProducts(
-        u16(tree.path().native()), {u"ja_JP"}, u"_ja_JP",
-        [&](const zwhost::reference::LeftOut& left) { reports.emplace_back(left.path, left.why); });
-    EXPECT_EQ(reports, (std::vector<std::pair<std::string, Why>>{
-                           {"bad\xff.json", Why::NotUtf8},
-                           {"d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d/d", Why::TooDeep},
-                           {"dangling.json", Why::DanglingLink},
-                           {"fifo.json", Why::NotRegularFile},
-                           {"folder.zip", Why::NotRegularFile},
-                           {"looped.json", Why::LinkLoop},
-                       }));
 }
 
 TEST_F(ReferenceService, MissingRootIsEmptyAndARootThatCannotBeListedThrows) {
     const zwtest::TempDir tree;
-    EXPECT_TRUE(products(tree.path() / "missing").empty());
-    EXPECT_THROW(products(tree.write("file.json", "{}")), fs::filesystem_error);
+    EXPECT_EQ(walked(tree.path() / "missing"), "");
+    EXPECT_THROW(walked(tree.write("file.json", "{}")), fs::filesystem_error);
     EXPECT_THROW(DocResourceParser::getAllProducts(u"\xD800", {}, u"_"), fs::filesystem_error);
     if (::geteuid() == 0) {
         GTEST_SKIP() << "permissions do not bind the superuser";
@@ -170,9 +138,9 @@ TEST_F(ReferenceService, MissingRootIsEmptyAndARootThatCannotBeListedThrows) {
     tree.write("root/shut/a.json", "{}");
     tree.write("root/open.json", "{}");
     fs::permissions(tree.path() / "root/shut", fs::perms::none);
-    EXPECT_EQ(products(tree.path() / "root"), (std::vector<std::u16string>{u"L open.json|open|0"}));
+    EXPECT_EQ(walked(tree.path() / "root"), "L open.json|open|0\nleft out: shut (unlistable)\n");
     fs::permissions(tree.path() / "root", fs::perms::none);
-    EXPECT_THROW(products(tree.path() / "root"), fs::filesystem_error);
+    EXPECT_THROW(walked(tree.path() / "root"), fs::filesystem_error);
     fs::permissions(tree.path() / "root", fs::perms::owner_all);
     fs::permissions(tree.path() / "root/shut", fs::perms::owner_all);
 }
@@ -231,7 +199,8 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
             EXPECT_NE(std::string(error.what()).find(path.native()), std::string::npos) << error.what();
         }
     }
-    EXPECT_THROW(read(std::string("a\0b.json", 8)), std::runtime_error);
+    // A NUL ends the name the system sees: here at a file that exists, which must not be read.
+    EXPECT_THROW(read(file.native() + std::string("\0.x", 3)), std::runtime_error);
     EXPECT_EQ(openDescriptors(), descriptors);
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "example/docparser/doc_example_parser.hpp"
-#include "support/catalogue_text.hpp"
+#include "support/case_tree.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/unicode.hpp"
 
@@ -15,14 +15,7 @@ namespace zwtest {
     English and a loose Japanese file, "k" from a package of both, "g" from a one-catalogue
     Japanese package over a loose English file, and "z" from a Chinese file, never read. */
 inline void writeSmallTree(const TempDir& dir) {
-    dir.write("a/ex.json", catalogueText("h", "en", {{"a", "en"}, {"b", "en"}}));
-    dir.write("a/ex_ja_JP.json", catalogueText("h", "ja", {{"a", "ja"}, {"c", "ja"}}));
-    dir.write("a/ex_zh_CN.json", catalogueText("z", "zh", {{"a", "zh"}}));
-    dir.writeZip("b/pkg.zip", {{"cat/k.json", catalogueText("k", "en", {{"x", "en"}, {"y", "en"}})},
-                               {"cat/k_ja_JP.json", catalogueText("k", "ja", {{"x", "ja"}})},
-                               {"cat/readme.txt", "notes"}});
-    dir.writeZip("c/g_ja_JP.zip", {{"g_ja_JP.json", catalogueText("g", "ja", {{"p", "ja"}})}});
-    dir.write("c/g.json", catalogueText("g", "en", {{"p", "en"}, {"q", "en"}}));
+    writeTree(dir.path(), "small");
 }
 
 /** Every field of an item, as one line of text. */

@@ -21,16 +21,11 @@
 
 #include "cli.hpp"
 #include "example/docparser/doc_example_parser.hpp"
-#include "support/manifest.hpp"
+#include "support/case_tree.hpp"
 #include "support/temp_tree.hpp"
 #include "zwhost/settings.hpp"
 
 namespace zwtest {
-
-// Files under docCatalog/exampleapi, each a path and its content. "p.zip!e.json" is the entry
-// e.json of the package p.zip, entries in order; the content "<fifo>" makes a named pipe,
-// "<link>t" a symbolic link to t, "<copy>f" a copy of the file f of the source tree.
-using Files = std::vector<std::pair<std::string, std::string>>;
 
 // One command line over a tree and what it must say.
 struct ToolCase {
@@ -77,28 +72,7 @@ inline ToolRun runTool(const Files& files, const std::string& command) {
     namespace fs = std::filesystem;
     const TempDir dir;
     const fs::path tree = dir.path() / "docCatalog/exampleapi";
-    std::map<fs::path, std::vector<ZipEntry>> packages;
-    for (const auto& [path, content] : files) {
-        const auto bang = path.find('!');
-        const fs::path at = tree / path.substr(0, bang);
-        if (bang != std::string::npos) {
-            packages[at].push_back({path.substr(bang + 1), content});
-            continue;
-        }
-        fs::create_directories(at.parent_path());
-        if (content == "<fifo>") {
-            ::mkfifo(at.c_str(), 0600);
-        } else if (content.starts_with("<link>")) {
-            fs::create_symlink(content.substr(6), at);
-        } else if (content.starts_with("<copy>")) {
-            fs::copy_file(ZW_SOURCE_DIR "/" + content.substr(6), at);
-        } else {
-            std::ofstream(at, std::ios::binary) << content;
-        }
-    }
-    for (const auto& [package, entries] : packages) {
-        writeZip(package, entries);
-    }
+    writeFiles(tree, files);
 
     const std::string root = files.empty() ? ZW_SAMPLE_DOCROOT : dir.path().string();
     std::vector<std::string> args;
@@ -155,50 +129,11 @@ inline void expectTool(const ToolCase& c) {
     }
 }
 
-/** `text` with the escapes of the case files undone: \\, \n, \t and \xHH. */
-inline std::string unescaped(std::string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\\' || i + 1 == text.size()) {
-            out += text[i];
-        } else if (text[++i] == 'x') {
-            out += static_cast<char>(std::stoi(std::string(text.substr(i + 1, 2)), nullptr, 16));
-            i += 2;
-        } else {
-            out += text[i] == 'n' ? '\n' : text[i] == 't' ? '\t' : text[i];
-        }
-    }
-    return out;
-}
-
-/** The lines of tests/data/exampledoc/`name`, each field unescaped. */
-inline ManifestLines caseLines(const std::string& name) {
-    ManifestLines lines = manifestLines(ZW_SOURCE_DIR "/tests/data/exampledoc/" + name);
-    for (auto& fields : lines) {
-        for (std::string& field : fields) {
-            field = unescaped(field);
-        }
-    }
-    return lines;
-}
-
-/** The tree of `name` in tests/data/exampledoc/TREES: its lines "tree, path, content". */
-inline Files caseTree(const std::string& name) {
-    Files files;
-    for (const auto& fields : caseLines("TREES")) {
-        if (fields.at(0) == name) {
-            files.emplace_back(fields.at(1), fields.at(2));
-        }
-    }
-    EXPECT_FALSE(files.empty()) << "no tree " << name << " in tests/data/exampledoc/TREES";
-    return files;
-}
-
 /** Runs each case of tests/data/exampledoc/MANIFEST named "`command`-...": its line gives the
     name, the tree ("-": the sample tree), the exit status, the command line and what it expects. */
 inline void expectManifestCases(const std::string& command) {
     int cases = 0;
-    for (const auto& fields : caseLines("MANIFEST")) {
+    for (const auto& fields : caseLines(ZW_SOURCE_DIR "/tests/data/exampledoc/MANIFEST")) {
         if (fields.at(0).starts_with(command + '-')) {
             SCOPED_TRACE("case " + fields.at(0));
             expectTool({fields.at(1) == "-" ? Files{} : caseTree(fields.at(1)), fields.at(3),
