@@ -123,7 +123,8 @@ TEST(Utf8ToUtf16, EachCodePointIsReadWholeOrReplaced) {
     }
     std::size_t at = 0;
     EXPECT_EQ(nextCodePoint("\xE6\x97(", at), U'\uFFFD');
-    EXPECT_EQ(at, 1U);
+    EXPECT_EQ(nextCodePoint(std::string_view("(\0", 2), at), U'\0');
+    EXPECT_EQ(at, 2U);
 }
 
 TEST(Utf16ToUtf8, UnpairedSurrogatesAreReplacedOrRefused) {
