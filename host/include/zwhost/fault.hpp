@@ -27,9 +27,6 @@ void reset();
 /** Number of fault points reached since the last reset (all operations together). */
 std::uint64_t pointsReached();
 
-/** Number of calls of `operation` since the last reset. */
-std::uint64_t callsOf(std::string_view operation);
-
 /** Marks a fault point: called by a host operation on entry; throws when a fault is due. */
 void point(std::string_view operation);
 
