@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 
 #include "bridge/bridge_fixture.hpp"
-#include "bridge/class_identity.hpp"
 #include "bridge/doc_id_link_arrays.hpp"
 #include "bridge/require_scalar_error.hpp"
 #include "zwhost/messages.hpp"
@@ -28,7 +27,6 @@ using zwtest::Strings;
 using I = zwtest::ExampleItem;
 using Bridge = zwtest::BridgeTest;
 using Dims = std::vector<std::uint64_t>;
-using Setter = void (I::*)(const zxArray_tag*);
 using Handle = matrix::zx_array_handle;
 namespace detail = example::docparser::detail;
 namespace classes = zwhost::classes;
@@ -266,19 +264,6 @@ TEST_F(Bridge, MisuseOfTheClassSystemIsRefusedWithTheRightError) {
     for (const auto& [error, what, call] : cases) {
         EXPECT_EQ(errorOf(call), error) << what;
     }
-}
-
-TEST_F(Bridge, ClassesHaveFullNamesAndInternedIdentifiers) {
-    classes::registerDocParserClasses();
-    EXPECT_NE(host::findClass(classes::kExampleItemClass), nullptr);
-    EXPECT_EQ(host::findClass("test.None"), nullptr);
-    EXPECT_STREQ(DocIDLink::getZCOSNamespaceName(), ExampleType::getZCOSNamespaceName());
-    EXPECT_EQ(detail::getFullClassName<DocIDLink>(), "zentab.internal.example.docparser.DocIDLink");
-    EXPECT_EQ(detail::getFullClassName<ExampleType>(), "zentab.internal.example.docparser.ExampleType");
-    const auto first = detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>());
-    EXPECT_EQ(detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>()), first);
-    EXPECT_NE(detail::makeClassIdentifier(detail::getFullClassName<ExampleType>()), first);
-    EXPECT_EQ(detail::makeClassIdentifier("").get(), &zcos::internal::nullValue);
 }
 
 struct ErrorDetail;

@@ -14,7 +14,6 @@ namespace {
 using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
-using Arrays = std::vector<const zxArray_tag*>;
 using namespace std::string_view_literals;
 
 TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
@@ -40,12 +39,6 @@ TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
     EXPECT_STREQ(ExampleType::getZCOSClassName(), "ExampleType");
 }
 
-// The four arrays the host reads: built on the first call, then given from the item's caches.
-Arrays cachesOf(const ExampleItem& item) {
-    return {item.getRelativePathsProperty(), item.getExampleTypeProperty(), item.getSupportingFilesProperty(),
-            item.getDocIDLinksProperty()};
-}
-
 using ExampleItemTest = zwtest::BridgeTest;
 
 TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
@@ -60,7 +53,7 @@ TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
 
 TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
     const ExampleItem source = makeItem(static_cast<ExampleType::Value>(200));
-    const Arrays cached = cachesOf(source);
+    const auto cached = cachesOf(source);
     const auto live = zwhost::arrays::liveCount();
     const ExampleItem duplicate = source.copy();
     EXPECT_EQ(zwhost::arrays::liveCount(), live);
@@ -85,7 +78,7 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
 TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     std::vector<ExampleItem> items;
     items.push_back(makeItem());
-    const Arrays cached = cachesOf(items.front());
+    const auto cached = cachesOf(items.front());
     const auto live = zwhost::arrays::liveCount();
     for (int i = 0; i < 100; ++i) {
         items.push_back(makeItem());
@@ -97,11 +90,11 @@ TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     {
         const ExampleItem moved = std::move(items.front());
         EXPECT_EQ(cachesOf(moved), cached);
-        const Arrays rebuilt = cachesOf(items.front());
+        const auto rebuilt = cachesOf(items.front());
         for (std::size_t i = 0; i < cached.size(); ++i) {
             EXPECT_NE(rebuilt[i], cached[i]) << "the moved-from item keeps no cache " << i;
         }
-        shared = SharedZxArrayPtr(cached[2]);
+        shared = SharedZxArrayPtr(cached[1]);
         EXPECT_EQ(shared->refCount, 2U);
     }
     EXPECT_EQ(shared->refCount, 1U);
