@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include <boost/algorithm/string/join.hpp>
 #include <gtest/gtest.h>
 
 #include "cli.hpp"
@@ -98,11 +99,8 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
         completed[(*it)[1].str()] = Names(std::istream_iterator<std::string>(words), {});
     }
     EXPECT_EQ(completed, expected);
-    std::string commandList;
-    for (const std::string& command : commands) {
-        commandList += (commandList.empty() ? "" : " ") + command;
-    }
-    EXPECT_NE(completion.find("commands=\"" + commandList + "\""), std::string::npos);
+    EXPECT_NE(completion.find("commands=\"" + boost::algorithm::join(commands, " ") + "\""),
+              std::string::npos);
 }
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {
