@@ -161,8 +161,8 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
         {"Name", Handle(matrix::createCharRow(u"a longer name than fits in place")), "setStringProperty ", false},
         {"RelativePaths", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
         {"SupportingFiles", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
-        {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), "copyZxArrayToSharedZxArrayPtr ", true},
-        {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), "get_error_id ", false}, // refused: not a scalar
+        {"ExampleType", zwtest::makeNumbers<std::uint32_t>(1, 1, ExampleType::App), "copyZxArrayToSharedZxArrayPtr ", true},
+        {"ExampleType", zwtest::makeNumbers<std::uint32_t>(1, 2, ExampleType::App), "get_error_id ", false}, // refused: not a scalar
         {"DocIDLinks", linkArray(1, 2, {u"x", u"y"}), "COSClass::getClass makeInterned matrix::createArray "
          "omCreateZCOSMatrix omSetArrayElement omWrapData zcosConvertArrayToInternalInPlace ", true},
         // clang-format on
