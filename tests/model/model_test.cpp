@@ -8,6 +8,7 @@
 #include "bridge/bridge_fixture.hpp"
 #include "example/docparser/example_item.hpp"
 #include "example/docparser/example_type.hpp"
+#include "support/small_tree.hpp"
 
 namespace {
 
@@ -62,12 +63,8 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
         EXPECT_EQ(cached[i]->refCount, 1U) << i;
         EXPECT_NE(cachesOf(duplicate)[i], cached[i]) << i;
     }
-    EXPECT_EQ(duplicate.getExampleType(), 200U);
-    EXPECT_EQ(duplicate.getName(), u"name");
-    EXPECT_EQ(duplicate.getRelativePaths(), source.getRelativePaths());
+    EXPECT_EQ(zwtest::describe(duplicate), zwtest::describe(source));
     EXPECT_NE(duplicate.getRelativePaths().data(), source.getRelativePaths().data());
-    ASSERT_EQ(duplicate.getDocIDLinks().size(), 2U);
-    EXPECT_EQ(duplicate.getDocIDLinks()[1].getDocID(), u"b");
     EXPECT_EQ(duplicate.getDocIDLinks().capacity(), 2U);
     const ExampleItem empty =
         ExampleItem(u"", u"", u"", u"", {}, u"", ExampleType::Unknown, u"", {}, {}).copy();

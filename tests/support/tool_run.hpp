@@ -58,10 +58,8 @@ inline std::string findingLines(const std::string& out) {
 
 // Writes `files` under a fresh root and runs `command` over it as a new process would.
 inline ToolRun runTool(const Files& files, const std::string& command) {
-    namespace fs = std::filesystem;
     const TempDir dir;
-    const fs::path tree = dir.path() / "docCatalog/exampleapi";
-    writeFiles(tree, files);
+    writeFiles(dir.path() / "docCatalog/exampleapi", files);
 
     const std::string root = files.empty() ? ZW_SAMPLE_DOCROOT : dir.path().string();
     std::vector<std::string> args;
