@@ -105,8 +105,7 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {
     const auto named = [](const std::string& name) {
-        const auto loggers = zwhost::log::registeredLoggers();
-        return std::count(loggers.begin(), loggers.end(), name);
+        return std::ranges::count(zwhost::log::registeredLoggers(), name);
     };
     EXPECT_EQ(named("exampleApi::docparser"), 1);
     {
