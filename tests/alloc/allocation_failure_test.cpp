@@ -1,7 +1,6 @@
 // A failure at every allocation and at every host call of the parser, the bridge's accessors,
 // the copies of the records and a whole read; and the memory a hostile package may take.
 
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -12,6 +11,7 @@
 #include <tuple>
 #include <utility>
 
+#include <boost/algorithm/string/join.hpp>
 #include <gtest/gtest.h>
 
 #include "alloc/counting_new.hpp"
@@ -44,11 +44,7 @@ std::set<std::string> failedCalls;
 
 // Those host calls in name order, each followed by a space.
 std::string failedCallNames() {
-    std::string names;
-    for (const std::string& name : failedCalls) {
-        names += name + ' ';
-    }
-    return names;
+    return boost::algorithm::join(failedCalls, " ") + ' ';
 }
 
 std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
@@ -165,8 +161,8 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
         {"Name", Handle(matrix::createCharRow(u"a longer name than fits in place")), "setStringProperty ", false},
         {"RelativePaths", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
         {"SupportingFiles", zwtest::makeCells(1, 2, {u"x.m", u"y.m"}), "matrix::createArray setStringVectorAndCache ", false},
-        {"ExampleType", zwtest::makeUint32s(1, 1, ExampleType::App), "copyZxArrayToSharedZxArrayPtr ", true},
-        {"ExampleType", zwtest::makeUint32s(1, 2, ExampleType::App), "get_error_id ", false}, // refused: not a scalar
+        {"ExampleType", zwtest::makeNumbers<std::uint32_t>(1, 1, ExampleType::App), "copyZxArrayToSharedZxArrayPtr ", true},
+        {"ExampleType", zwtest::makeNumbers<std::uint32_t>(1, 2, ExampleType::App), "get_error_id ", false}, // refused: not a scalar
         {"DocIDLinks", linkArray(1, 2, {u"x", u"y"}), "COSClass::getClass makeInterned matrix::createArray "
          "omCreateZCOSMatrix omSetArrayElement omWrapData zcosConvertArrayToInternalInPlace ", true},
         // clang-format on
@@ -185,23 +181,15 @@ TEST_F(AllocationFailure, FailedSetLeavesTheItemAsItWasOrAsSetWithItsCaches) {
         sweep([&](const Guarded& guarded) {
             ExampleItem item = makeItem();
             const Handle object = zwhost::classes::wrapExampleItem(item);
-            for (const auto& property : zwtest::kArrayProperties) {
-                (item.*property.get)();
-            }
+            const auto cachedBefore = cachesOf(item);
             const std::string before = zwtest::describe(item);
-            const auto caches = [&] {
-                return std::array{
-                    (item.*zwtest::kArrayProperties[0].get)(), (item.*zwtest::kArrayProperties[1].get)(),
-                    (item.*zwtest::kArrayProperties[2].get)(), (item.*zwtest::kArrayProperties[3].get)()};
-            };
-            const auto cachedBefore = caches();
             const std::string failure = guarded([&] { set(object); });
             const std::string now = zwtest::describe(item);
             if (failure.empty()) {
                 EXPECT_EQ(now, after);
                 return;
             }
-            EXPECT_EQ(caches(), cachedBefore) << failure;
+            EXPECT_EQ(cachesOf(item), cachedBefore) << failure;
             if (failure == "allocation") {
                 EXPECT_TRUE(now == before || now == after) << now;
             } else {

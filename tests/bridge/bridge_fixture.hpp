@@ -1,6 +1,7 @@
 #pragma once
 // Items, links and host values for the bridge tests, with the host's classes registered.
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -70,6 +71,13 @@ protected:
                 matrix::getCharText(zwhost::zcos::getProperty(value, i, kind ? "Name" : "DocID").get()));
         }
         return texts;
+    }
+
+    /** The four arrays the host reads, in the order of kArrayProperties: built on the first call,
+        then given from the item's caches. */
+    static std::array<const zxArray_tag*, 4> cachesOf(const ExampleItem& item) {
+        return {(item.*kArrayProperties[0].get)(), (item.*kArrayProperties[1].get)(),
+                (item.*kArrayProperties[2].get)(), (item.*kArrayProperties[3].get)()};
     }
 
     /** The first 32-bit word under an enumeration object. */

@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 
 #include "bridge/bridge_fixture.hpp"
-#include "bridge/class_identity.hpp"
 #include "bridge/doc_id_link_arrays.hpp"
 #include "bridge/require_scalar_error.hpp"
 #include "zwhost/messages.hpp"
@@ -28,7 +27,6 @@ using zwtest::Strings;
 using I = zwtest::ExampleItem;
 using Bridge = zwtest::BridgeTest;
 using Dims = std::vector<std::uint64_t>;
-using Setter = void (I::*)(const zxArray_tag*);
 using Handle = matrix::zx_array_handle;
 namespace detail = example::docparser::detail;
 namespace classes = zwhost::classes;
@@ -95,11 +93,11 @@ TEST_F(Bridge, KindObjectHoldsTheNumberAndNamesItsMember) {
     }
     // A copy builds its own object, from the number.
     I item = makeItem();
-    item.setExampleTypeProperty(zwtest::makeUint32s(1, 1, 200).get());
+    item.setExampleTypeProperty(zwtest::makeNumbers<std::uint32_t>(1, 1, 200).get());
     const I copy = item.copy();
     EXPECT_NE(copy.getExampleTypeProperty(), item.getExampleTypeProperty());
     EXPECT_EQ(kindUnder(copy.getExampleTypeProperty()), 200u);
-    const Handle plain = zwtest::makeScalar(2);
+    const Handle plain = zwtest::makeNumbers(1, 1, 2.0);
     EXPECT_EQ(omGetUnderlyingArray(plain.get()), plain.get());
 }
 
@@ -143,7 +141,7 @@ TEST_F(Bridge, ArraySettersTakeWhatFitsAndKeepTheRest) {
     const zxArray_tag* kindObject = source.getExampleTypeProperty();
     intrusive_ptr_add_ref(kindObject);
     Handle numberInCell = zwtest::makeCells(1, 2, {u"a"});
-    numberInCell->cells[1] = zwtest::makeScalar(2.0);
+    numberInCell->cells[1] = zwtest::makeNumbers(1, 1, 2.0);
     // A value that is taken is stored as a row, and only a kind keeps the very array given; a
     // refused or null one leaves the property and its cache as they were.
     const struct {
@@ -158,18 +156,18 @@ TEST_F(Bridge, ArraySettersTakeWhatFitsAndKeepTheRest) {
         {lists, "empty cell", zwtest::makeCells(0, 0, {}), "", {}},
         {lists, "one row of text", charRow(u"solo"), "", {u"solo"}},
         {lists, "empty text", Handle(matrix::createCharArray(noSize, u"")), "", {u""}},
-        {lists, "number", zwtest::makeScalar(1.0), text, {}},
+        {lists, "number", zwtest::makeNumbers(1, 1, 1.0), text, {}},
         {lists, "two rows of text", Handle(matrix::createCharArray(square, u"abcd")), text, {}},
         {lists, "cell holding a number", std::move(numberInCell), text, {}},
         {lists, "cell with an empty element", zwtest::makeCells(1, 2, {u"a"}), text, {}},
-        {kind, "uint32", zwtest::makeUint32s(1, 1, ExampleType::Chart), "", {u"Chart"}},
-        {kind, "beyond the enumerators", zwtest::makeUint32s(1, 1, 200), "", {u"Unknown"}},
-        {kind, "double 1.0, low word", zwtest::makeScalar(1.0), "", {u"Live_Script"}},
+        {kind, "uint32", zwtest::makeNumbers<std::uint32_t>(1, 1, ExampleType::Chart), "", {u"Chart"}},
+        {kind, "beyond the enumerators", zwtest::makeNumbers<std::uint32_t>(1, 1, 200), "", {u"Unknown"}},
+        {kind, "double 1.0, low word", zwtest::makeNumbers(1, 1, 1.0), "", {u"Live_Script"}},
         {kind, "object", matrix::from_zentab(const_cast<zxArray_tag*>(kindObject)), "", {u"Script"}},
-        {kind, "0x0", zwtest::makeUint32s(0, 0, ExampleType::App), scalar, {}},
-        {kind, "1x0", zwtest::makeUint32s(1, 0, ExampleType::App), scalar, {}},
-        {kind, "1x2", zwtest::makeUint32s(1, 2, ExampleType::App), scalar, {}},
-        {kind, "2x2", zwtest::makeUint32s(2, 2, ExampleType::App), scalar, {}},
+        {kind, "0x0", zwtest::makeNumbers<std::uint32_t>(0, 0, ExampleType::App), scalar, {}},
+        {kind, "1x0", zwtest::makeNumbers<std::uint32_t>(1, 0, ExampleType::App), scalar, {}},
+        {kind, "1x2", zwtest::makeNumbers<std::uint32_t>(1, 2, ExampleType::App), scalar, {}},
+        {kind, "2x2", zwtest::makeNumbers<std::uint32_t>(2, 2, ExampleType::App), scalar, {}},
         {linked, "column", linkArray(3, 1, three), "", {u"a", u"b", u"c"}},
         {linked, "row", linkArray(1, 3, three), "", {u"a", u"b", u"c"}},
         {linked, "empty", linkArray(0, 0, {}), "", {}},
@@ -229,7 +227,7 @@ TEST_F(Bridge, MisuseOfTheClassSystemIsRefusedWithTheRightError) {
     const zxArray_tag* kind = item.getExampleTypeProperty();
     const zcos::COSClassName& linkName = host::findClass(classes::kDocIDLinkClass)->getName();
     const zcos::COSClassName& kindName = host::findClass(classes::kExampleTypeClass)->getName();
-    const Handle number = zwtest::makeScalar(2.0);
+    const Handle number = zwtest::makeNumbers(1, 1, 2.0);
     const Handle cells = zwtest::makeCells(1, 1, {u"c"});
     const Handle slot(omCreateZCOSMatrix(1, 1, linkName));
     const zxArray_tag* argv[] = {number.get()};
@@ -266,19 +264,6 @@ TEST_F(Bridge, MisuseOfTheClassSystemIsRefusedWithTheRightError) {
     for (const auto& [error, what, call] : cases) {
         EXPECT_EQ(errorOf(call), error) << what;
     }
-}
-
-TEST_F(Bridge, ClassesHaveFullNamesAndInternedIdentifiers) {
-    classes::registerDocParserClasses();
-    EXPECT_NE(host::findClass(classes::kExampleItemClass), nullptr);
-    EXPECT_EQ(host::findClass("test.None"), nullptr);
-    EXPECT_STREQ(DocIDLink::getZCOSNamespaceName(), ExampleType::getZCOSNamespaceName());
-    EXPECT_EQ(detail::getFullClassName<DocIDLink>(), "zentab.internal.example.docparser.DocIDLink");
-    EXPECT_EQ(detail::getFullClassName<ExampleType>(), "zentab.internal.example.docparser.ExampleType");
-    const auto first = detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>());
-    EXPECT_EQ(detail::makeClassIdentifier(detail::getFullClassName<DocIDLink>()), first);
-    EXPECT_NE(detail::makeClassIdentifier(detail::getFullClassName<ExampleType>()), first);
-    EXPECT_EQ(detail::makeClassIdentifier("").get(), &zcos::internal::nullValue);
 }
 
 struct ErrorDetail;

@@ -8,13 +8,13 @@
 #include "bridge/bridge_fixture.hpp"
 #include "example/docparser/example_item.hpp"
 #include "example/docparser/example_type.hpp"
+#include "support/small_tree.hpp"
 
 namespace {
 
 using example::docparser::DocIDLink;
 using example::docparser::ExampleItem;
 using example::docparser::ExampleType;
-using Arrays = std::vector<const zxArray_tag*>;
 using namespace std::string_view_literals;
 
 TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
@@ -40,12 +40,6 @@ TEST(ExampleType, OnlyExactWholeCatalogueFormsAreKinds) {
     EXPECT_STREQ(ExampleType::getZCOSClassName(), "ExampleType");
 }
 
-// The four arrays the host reads: built on the first call, then given from the item's caches.
-Arrays cachesOf(const ExampleItem& item) {
-    return {item.getRelativePathsProperty(), item.getExampleTypeProperty(), item.getSupportingFilesProperty(),
-            item.getDocIDLinksProperty()};
-}
-
 using ExampleItemTest = zwtest::BridgeTest;
 
 TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
@@ -60,7 +54,7 @@ TEST_F(ExampleItemTest, GetIDJoinsComponentAndNameOrGivesNothing) {
 
 TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
     const ExampleItem source = makeItem(static_cast<ExampleType::Value>(200));
-    const Arrays cached = cachesOf(source);
+    const auto cached = cachesOf(source);
     const auto live = zwhost::arrays::liveCount();
     const ExampleItem duplicate = source.copy();
     EXPECT_EQ(zwhost::arrays::liveCount(), live);
@@ -69,12 +63,8 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
         EXPECT_EQ(cached[i]->refCount, 1U) << i;
         EXPECT_NE(cachesOf(duplicate)[i], cached[i]) << i;
     }
-    EXPECT_EQ(duplicate.getExampleType(), 200U);
-    EXPECT_EQ(duplicate.getName(), u"name");
-    EXPECT_EQ(duplicate.getRelativePaths(), source.getRelativePaths());
+    EXPECT_EQ(zwtest::describe(duplicate), zwtest::describe(source));
     EXPECT_NE(duplicate.getRelativePaths().data(), source.getRelativePaths().data());
-    ASSERT_EQ(duplicate.getDocIDLinks().size(), 2U);
-    EXPECT_EQ(duplicate.getDocIDLinks()[1].getDocID(), u"b");
     EXPECT_EQ(duplicate.getDocIDLinks().capacity(), 2U);
     const ExampleItem empty =
         ExampleItem(u"", u"", u"", u"", {}, u"", ExampleType::Unknown, u"", {}, {}).copy();
@@ -85,7 +75,7 @@ TEST_F(ExampleItemTest, CopyDuplicatesTheFieldsAndDropsTheCaches) {
 TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     std::vector<ExampleItem> items;
     items.push_back(makeItem());
-    const Arrays cached = cachesOf(items.front());
+    const auto cached = cachesOf(items.front());
     const auto live = zwhost::arrays::liveCount();
     for (int i = 0; i < 100; ++i) {
         items.push_back(makeItem());
@@ -97,11 +87,11 @@ TEST_F(ExampleItemTest, CachesTravelWithTheItemAndAreReleasedOnce) {
     {
         const ExampleItem moved = std::move(items.front());
         EXPECT_EQ(cachesOf(moved), cached);
-        const Arrays rebuilt = cachesOf(items.front());
+        const auto rebuilt = cachesOf(items.front());
         for (std::size_t i = 0; i < cached.size(); ++i) {
             EXPECT_NE(rebuilt[i], cached[i]) << "the moved-from item keeps no cache " << i;
         }
-        shared = SharedZxArrayPtr(cached[2]);
+        shared = SharedZxArrayPtr(cached[1]);
         EXPECT_EQ(shared->refCount, 2U);
     }
     EXPECT_EQ(shared->refCount, 1U);

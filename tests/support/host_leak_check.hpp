@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -26,19 +27,14 @@ private:
     std::int64_t objectsAtStart_ = zwhost::zcos::liveObjectCount();
 };
 
-/** A new 1-by-1 double array with one reference, owned by the handle. */
-inline matrix::zx_array_handle makeScalar(double value) {
-    const unsigned long dims[] = {1, 1};
-    matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, zxDOUBLE_CLASS, zxREAL));
-    *reinterpret_cast<double*>(array->realData) = value;
-    return array;
-}
-
-/** A new rows-by-cols uint32 array holding `fill` in every element. */
-inline matrix::zx_array_handle makeUint32s(unsigned long rows, unsigned long cols, std::uint32_t fill) {
+/** A new rows-by-cols array of doubles, or else of uint32s, holding `fill` in every element, with one
+    reference, owned by the handle. */
+template <class T>
+matrix::zx_array_handle makeNumbers(unsigned long rows, unsigned long cols, T fill) {
     const unsigned long dims[] = {rows, cols};
-    matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, zxUINT32_CLASS, zxREAL));
-    std::fill_n(reinterpret_cast<std::uint32_t*>(array->realData), zxGetNumberOfElements(array.get()), fill);
+    const zxClassID classID = std::is_same_v<T, double> ? zxDOUBLE_CLASS : zxUINT32_CLASS;
+    matrix::zx_array_handle array(matrix::detail::do_create_uninitnumeric(dims, classID, zxREAL));
+    std::fill_n(reinterpret_cast<T*>(array->realData), zxGetNumberOfElements(array.get()), fill);
     return array;
 }
 

@@ -9,12 +9,14 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <gtest/gtest.h>
@@ -26,19 +28,6 @@
 #include "zwhost/settings.hpp"
 
 namespace zwtest {
-
-// One command line over a tree and what it must say.
-struct ToolCase {
-    Files files; // none: the sample tree
-    // Words split at spaces, after any NAME=value words that set the environment as a shell
-    // does; TTY=1 makes standard output a terminal.
-    std::string command;
-    int status;
-    // Each is found in the output, standard error or the findings of a JSON report (one line each:
-    // "file:line:column /pointer (id) [rule] message"); "!text" is found in none of them, and
-    // "@name" is the whole output: tests/data/exampledoc/name, with the tree's root as {root}.
-    std::vector<std::string> expected;
-};
 
 struct ToolRun {
     int status;
@@ -69,10 +58,8 @@ inline std::string findingLines(const std::string& out) {
 
 // Writes `files` under a fresh root and runs `command` over it as a new process would.
 inline ToolRun runTool(const Files& files, const std::string& command) {
-    namespace fs = std::filesystem;
     const TempDir dir;
-    const fs::path tree = dir.path() / "docCatalog/exampleapi";
-    writeFiles(tree, files);
+    writeFiles(dir.path() / "docCatalog/exampleapi", files);
 
     const std::string root = files.empty() ? ZW_SAMPLE_DOCROOT : dir.path().string();
     std::vector<std::string> args;
@@ -104,42 +91,39 @@ inline ToolRun runTool(const Files& files, const std::string& command) {
     for (const std::string& variable : variables) {
         ::unsetenv(variable.c_str());
     }
-    for (std::string* text : {&run.out, &run.err}) {
-        for (auto at = text->find(root); at != std::string::npos; at = text->find(root, at)) {
-            text->replace(at, root.size(), "{root}");
-        }
-    }
+    boost::algorithm::replace_all(run.out, root, "{root}");
+    boost::algorithm::replace_all(run.err, root, "{root}");
     return run;
 }
 
-// Runs the case and checks its exit status and everything it expects.
-inline void expectTool(const ToolCase& c) {
-    SCOPED_TRACE("exampledoc " + c.command);
-    const ToolRun run = runTool(c.files, c.command);
-    const std::string said = run.out + '\n' + run.err + '\n' + findingLines(run.out);
-    EXPECT_EQ(run.status, c.status) << said;
-    for (const std::string& expected : c.expected) {
-        if (expected.starts_with('@')) {
-            EXPECT_EQ(run.out, fileText(ZW_SOURCE_DIR "/tests/data/exampledoc/" + expected.substr(1)));
-        } else if (expected.starts_with('!')) {
-            EXPECT_EQ(said.find(expected.substr(1)), std::string::npos) << expected.substr(1) << '\n' << said;
-        } else {
-            EXPECT_NE(said.find(expected), std::string::npos) << expected << '\n' << said;
-        }
-    }
-}
-
 /** Runs each case of tests/data/exampledoc/MANIFEST named "`command`-...": its line gives the
-    name, the tree ("-": the sample tree), the exit status, the command line and what it expects. */
+    name, the tree ("-": the sample tree), the exit status, the command line (words split at spaces,
+    after any NAME=value words that set the environment as a shell does; TTY=1 makes standard output
+    a terminal) and what it expects. Each expected text is found in the output, standard error or the
+    findings of a JSON report (one line each: "file:line:column /pointer (id) [rule] message");
+    "!text" is found in none of them, and "@name" is the whole output: tests/data/exampledoc/name,
+    with the tree's root as {root}. */
 inline void expectManifestCases(const std::string& command) {
     int cases = 0;
     for (const auto& fields : caseLines(ZW_SOURCE_DIR "/tests/data/exampledoc/MANIFEST")) {
-        if (fields.at(0).starts_with(command + '-')) {
-            SCOPED_TRACE("case " + fields.at(0));
-            expectTool({fields.at(1) == "-" ? Files{} : caseTree(fields.at(1)), fields.at(3),
-                        std::stoi(fields.at(2)), std::vector<std::string>(fields.begin() + 4, fields.end())});
-            ++cases;
+        if (!fields.at(0).starts_with(command + '-')) {
+            continue;
         }
+        SCOPED_TRACE("case " + fields.at(0) + ": exampledoc " + fields.at(3));
+        const ToolRun run = runTool(fields.at(1) == "-" ? Files{} : caseTree(fields.at(1)), fields.at(3));
+        const std::string said = run.out + '\n' + run.err + '\n' + findingLines(run.out);
+        EXPECT_EQ(run.status, std::stoi(fields.at(2))) << said;
+        for (const std::string& expected : std::span(fields).subspan(4)) {
+            if (expected.starts_with('@')) {
+                EXPECT_EQ(run.out, fileText(ZW_SOURCE_DIR "/tests/data/exampledoc/" + expected.substr(1)));
+            } else if (expected.starts_with('!')) {
+                EXPECT_EQ(said.find(expected.substr(1)), std::string::npos) << expected.substr(1) << '\n'
+                                                                            << said;
+            } else {
+                EXPECT_NE(said.find(expected), std::string::npos) << expected << '\n' << said;
+            }
+        }
+        ++cases;
     }
     EXPECT_GT(cases, 0) << "no case of " << command;
 }

@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include <boost/algorithm/string/join.hpp>
 #include <gtest/gtest.h>
 
 #include "cli.hpp"
@@ -98,17 +99,13 @@ TEST_F(Exampledoc, ManualPageAndCompletionNameEveryOptionOfEveryCommand) {
         completed[(*it)[1].str()] = Names(std::istream_iterator<std::string>(words), {});
     }
     EXPECT_EQ(completed, expected);
-    std::string commandList;
-    for (const std::string& command : commands) {
-        commandList += (commandList.empty() ? "" : " ") + command;
-    }
-    EXPECT_NE(completion.find("commands=\"" + commandList + "\""), std::string::npos);
+    EXPECT_NE(completion.find("commands=\"" + boost::algorithm::join(commands, " ") + "\""),
+              std::string::npos);
 }
 
 TEST_F(Exampledoc, TheToolsProcessHoldsOneCopyOfTheLibrary) {
     const auto named = [](const std::string& name) {
-        const auto loggers = zwhost::log::registeredLoggers();
-        return std::count(loggers.begin(), loggers.end(), name);
+        return std::ranges::count(zwhost::log::registeredLoggers(), name);
     };
     EXPECT_EQ(named("exampleApi::docparser"), 1);
     {
