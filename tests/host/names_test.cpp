@@ -1,4 +1,4 @@
-// The host's file-system names and message texts, as the library and the tool see them.
+// The host's file-system names, as the library and the tool see them.
 
 #include <string>
 #include <utility>
@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "fl/filesystem/path.hpp"
-#include "zwhost/messages.hpp"
 
 namespace {
 
@@ -21,20 +20,6 @@ TEST(HostNames, StemsDropFoldersAndTheLastExtensionAndNativeFormsUseSlashes) {
         EXPECT_EQ(fl::filesystem::detail::extract_stem(path), stem);
     }
     EXPECT_EQ(fl::filesystem::detail::make_native_form(u"a\\b\\c.json", true), u"a/b/c.json");
-}
-
-TEST(HostNames, EachMessageHasItsOwnTextAndAnUnknownOneItsIdentifier) {
-    const std::pair<const char*, const char*> messages[] = {
-        {"RequireScalar", "Value must be a scalar."},
-        {"RequireText", "Value must be a character vector."},
-        {"RequireUint32Scalar", "Value must be a uint32 scalar."},
-        {"RequireTextArray", "ZENTAB:class:RequireTextArray"},
-        {"Other", "ZENTAB:class:Other"}};
-    for (const auto& [key, text] : messages) {
-        EXPECT_EQ(zwhost::messages::formatMessage({{}, "ZENTAB:class", key}), text);
-    }
-    EXPECT_EQ(zwhost::messages::formatMessage({{}, "ZENTAB:utils", "RequireTextArray"}),
-              "Value must be a character vector or a cell array of character vectors.");
 }
 
 } // namespace

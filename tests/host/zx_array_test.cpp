@@ -67,11 +67,18 @@ TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape)
 }
 
 TEST(MsgIDError, TakesItsTextFromTheCatalogueAndConvertsBetweenUtf8AndUtf16) {
-    const zwhost::messages::MsgIDError known({{}, "ZENTAB:utils", "RequireTextArray"});
-    EXPECT_EQ(known.GetID(), "ZENTAB:utils:RequireTextArray");
-    EXPECT_STREQ(known.what(), "Value must be a character vector or a cell array of character vectors.");
+    // A message is found by its catalogue and key together; one the catalogue lacks is its id.
+    const std::pair<resource_core::BaseMsgID, const char*> messages[] = {
+        {{{}, "ZENTAB:class", "RequireText"}, "Value must be a character vector."},
+        {{{}, "ZENTAB:class", "RequireTextArray"}, "ZENTAB:class:RequireTextArray"},
+        {{{}, "ZENTAB:utils", "RequireTextArray"},
+         "Value must be a character vector or a cell array of character vectors."},
+        {{{}, "ZENTAB:none", "Missing"}, "ZENTAB:none:Missing"}};
+    for (const auto& [id, text] : messages) {
+        EXPECT_STREQ(zwhost::messages::MsgIDError(id).what(), text);
+    }
     const zwhost::messages::MsgIDError error({{}, "ZENTAB:none", "Missing"});
-    EXPECT_STREQ(error.what(), "ZENTAB:none:Missing");
+    EXPECT_EQ(error.GetID(), "ZENTAB:none:Missing");
     const std::pair<std::u16string, std::string> both[] = {
         {u"plain", "plain"}, {u"\u00e9\u4e2d", "\xc3\xa9\xe4\xb8\xad"}, {u"\U0001F600", "\xf0\x9f\x98\x80"}};
     for (const auto& [utf16, utf8] : both) {
