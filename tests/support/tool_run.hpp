@@ -2,18 +2,13 @@
 // Runs command lines of exampledoc over small trees, and checks what they say: the cases of
 // tests/data/exampledoc/MANIFEST over the trees of tests/data/exampledoc/TREES.
 
-#include <sys/stat.h>
-
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <map>
 #include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <boost/algorithm/string/replace.hpp>
