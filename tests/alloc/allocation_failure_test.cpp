@@ -60,7 +60,7 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
             zwhost::fault::reset();
             const auto counts = [] {
                 return std::tuple(zwhost::arrays::liveCount(), zwhost::zcos::liveObjectCount(),
-                                  allocation::liveBytes());
+                                  allocation::liveBytes(), zwtest::openDescriptors());
             };
             const auto before = counts();
             bool fired = false;
@@ -83,7 +83,7 @@ std::uint64_t sweep(const std::function<void(const Guarded& guarded)>& run) {
             });
             // The host's call counters are part of the bytes alive.
             zwhost::fault::reset();
-            EXPECT_EQ(counts(), before) << "host arrays, host objects, bytes";
+            EXPECT_EQ(counts(), before) << "host arrays, host objects, bytes, file descriptors";
             if (!failed.empty()) {
                 failedCalls.insert(failed);
             }

@@ -1,9 +1,11 @@
 #pragma once
 // A test fixture that fails a test which leaves host arrays or objects alive or drops them twice,
-// and the host values tests build.
+// or leaves a file descriptor open, and the host values tests build.
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -15,16 +17,35 @@
 
 namespace zwtest {
 
+/** How many file descriptors the process has open. */
+inline std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                         std::filesystem::directory_iterator());
+}
+
+/** What the process's file descriptors refer to, sorted. */
+inline std::vector<std::string> openFiles() {
+    std::vector<std::string> files;
+    for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code closedMeanwhile;
+        files.push_back(std::filesystem::read_symlink(descriptor.path(), closedMeanwhile).string());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 class HostLeakCheck : public ::testing::Test {
 protected:
     void TearDown() override {
         EXPECT_EQ(zwhost::arrays::liveCount(), arraysAtStart_) << "host arrays leaked or lost";
         EXPECT_EQ(zwhost::zcos::liveObjectCount(), objectsAtStart_) << "host objects leaked or lost";
+        EXPECT_EQ(openFiles(), filesAtStart_) << "files left open";
     }
 
 private:
     std::int64_t arraysAtStart_ = zwhost::arrays::liveCount();
     std::int64_t objectsAtStart_ = zwhost::zcos::liveObjectCount();
+    std::vector<std::string> filesAtStart_ = openFiles();
 };
 
 /** A new rows-by-cols array of doubles, or else of uint32s, holding `fill` in every element, with one

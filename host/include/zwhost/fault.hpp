@@ -1,6 +1,7 @@
 #pragma once
 // Test-only fault injection of the host platform: any named host operation can be made to
-// throw on its n-th call, so that tests can force every failure path of the library.
+// throw on its n-th call, and any system call of zwhost/system_calls.hpp to fail as the kernel
+// fails it, so that tests can force every failure path of the library.
 
 #include <cstdint>
 #include <stdexcept>
@@ -21,6 +22,10 @@ void failOn(std::string_view operation, std::uint64_t nth);
 /** Make the `nth` fault point reached from now on throw, whatever its operation. */
 void failAtPoint(std::uint64_t nth);
 
+/** Make the `nth` call of the system call `call` from now on fail with `error`: it returns -1
+    and sets errno, and is not made. `call` is a function's name in zwhost/system_calls.hpp. */
+void failSystemCall(std::string_view call, std::uint64_t nth, int error);
+
 /** Disarm every fault and zero the counters. */
 void reset();
 
@@ -29,6 +34,9 @@ std::uint64_t pointsReached();
 
 /** Marks a fault point: called by a host operation on entry; throws when a fault is due. */
 void point(std::string_view operation);
+
+/** Marks a system call: the errno it fails with when a fault is due, else 0. */
+int systemCallError(std::string_view call);
 
 /** Arms faults for the lifetime of a scope and resets them on leaving it. */
 class Scope {

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "zwhost/system_calls.hpp"
+
 namespace zwhost {
 
 class RegularFile {
@@ -16,20 +18,20 @@ public:
     /** Opens `path` with O_NONBLOCK and O_CLOEXEC and checks it with fstat. On failure, `failure()`
         names the step that failed ("cannot open", "cannot inspect", "not a regular file") and
         `error()` holds its errno (EINVAL for what is not a regular file). */
-    explicit RegularFile(const char* path) : fd_(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+    explicit RegularFile(const char* path) : fd_(sys::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
         struct stat info {};
-        if (fd_ < 0) {
+        if (fd_ == -1) {
             fail("cannot open", errno);
-        } else if (::fstat(fd_, &info) != 0) {
+        } else if (sys::fstat(fd_, &info) != 0) {
             fail("cannot inspect", errno);
         } else if (!S_ISREG(info.st_mode)) {
             fail("not a regular file", EINVAL);
         } else {
-            size_ = static_cast<std::uint64_t>(info.st_size > 0 ? info.st_size : 0);
+            size_ = static_cast<std::uint64_t>(info.st_size);
         }
     }
     ~RegularFile() {
-        if (fd_ >= 0) {
+        if (fd_ != -1) {
             ::close(fd_);
         }
     }
@@ -48,9 +50,9 @@ private:
     }
 
     int fd_;
-    std::uint64_t size_ = 0;
+    std::uint64_t size_{};
     const char* failure_ = nullptr;
-    int error_ = 0;
+    int error_{};
 };
 
 } // namespace zwhost

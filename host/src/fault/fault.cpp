@@ -1,16 +1,33 @@
 #include "zwhost/fault.hpp"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <iterator>
 #include <map>
 #include <mutex>
+#include <stdexcept>
+#include <string_view>
 
 namespace zwhost::fault {
 namespace {
+
+// The system calls of zwhost/system_calls.hpp. They are counted in place, so that counting them
+// allocates nothing: a system call must not fail for a reason the kernel would not give.
+constexpr std::array<std::string_view, 7> kSystemCalls = {"open", "openat", "fstat",     "fstatat",
+                                                          "read", "pread",  "getdents64"};
+
+struct SystemCall {
+    std::uint64_t calls;
+    std::uint64_t failAt;
+    int error;
+};
 
 struct State {
     std::mutex mutex;
     std::map<std::string, std::uint64_t, std::less<>> calls;
     std::map<std::string, std::uint64_t, std::less<>> failAt;
+    std::array<SystemCall, kSystemCalls.size()> systemCalls{};
     std::uint64_t points = 0;
     std::uint64_t failAtPoint = 0;
 };
@@ -18,6 +35,23 @@ struct State {
 State& state() {
     static State s;
     return s;
+}
+
+SystemCall& systemCall(State& s, std::string_view name) {
+    const auto* found = std::find(kSystemCalls.begin(), kSystemCalls.end(), name);
+    if (found == kSystemCalls.end()) {
+        throw std::invalid_argument("no system call " + std::string(name) + " to fail");
+    }
+    return s.systemCalls.at(static_cast<std::size_t>(std::distance(kSystemCalls.begin(), found)));
+}
+
+// The calls of `name` so far; the caller holds the lock.
+std::uint64_t& callsOf(State& s, std::string_view name) {
+    auto calls = s.calls.find(name);
+    if (calls == s.calls.end()) {
+        calls = s.calls.emplace(std::string(name), 0).first;
+    }
+    return calls->second;
 }
 
 // Fault points cost one relaxed load while nothing is armed and nobody counts.
@@ -39,11 +73,21 @@ void failAtPoint(std::uint64_t nth) {
     active.store(true, std::memory_order_relaxed);
 }
 
+void failSystemCall(std::string_view call, std::uint64_t nth, int error) {
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    SystemCall& armed = systemCall(s, call);
+    armed.failAt = armed.calls + nth;
+    armed.error = error;
+    active.store(true, std::memory_order_relaxed);
+}
+
 void reset() {
     State& s = state();
     std::lock_guard lock(s.mutex);
     s.calls.clear();
     s.failAt.clear();
+    s.systemCalls = {};
     s.points = 0;
     s.failAtPoint = 0;
     // Counting stays on after the first reset: the calls and points that faults are armed by.
@@ -61,28 +105,28 @@ void point(std::string_view operation) {
         return;
     }
     State& s = state();
-    bool fail = false;
+    bool fail;
     {
         std::lock_guard lock(s.mutex);
-        auto calls = s.calls.find(operation);
-        if (calls == s.calls.end()) {
-            calls = s.calls.emplace(std::string(operation), 0).first;
-        }
-        const std::uint64_t n = ++calls->second;
+        const std::uint64_t n = ++callsOf(s, operation);
         const std::uint64_t p = ++s.points;
-        auto due = s.failAt.find(operation);
-        if (due != s.failAt.end() && due->second == n) {
-            s.failAt.erase(due);
-            fail = true;
-        }
-        if (s.failAtPoint != 0 && s.failAtPoint == p) {
-            s.failAtPoint = 0;
-            fail = true;
-        }
+        const auto due = s.failAt.find(operation);
+        // Counts only ever grow, so each armed fault is due at one call.
+        fail = (due != s.failAt.end() && due->second == n) || p == s.failAtPoint;
     }
     if (fail) {
         throw InjectedFault(std::string(operation));
     }
+}
+
+int systemCallError(std::string_view call) {
+    if (!active.load(std::memory_order_relaxed)) {
+        return 0;
+    }
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    SystemCall& made = systemCall(s, call);
+    return ++made.calls == made.failAt ? made.error : 0;
 }
 
 } // namespace zwhost::fault

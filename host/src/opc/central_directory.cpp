@@ -85,15 +85,15 @@ private:
 
 /** Where the central directory lies. */
 struct EndRecord {
-    std::uint64_t entries = 0;
-    std::uint64_t directoryOffset = 0;
-    std::uint64_t directorySize = 0;
-    std::uint64_t position = 0;
+    std::uint64_t entries;
+    std::uint64_t directoryOffset;
+    std::uint64_t directorySize;
+    std::uint64_t position;
 };
 
 EndRecord readZip64End(ZipReader& file, std::uint64_t locatorPosition) {
     const std::uint64_t position = le(file.read(locatorPosition, kZip64LocatorSize), locator::kEndOffset, 8);
-    if (position > locatorPosition || locatorPosition - position < kZip64EndSize) {
+    if (locatorPosition < kZip64EndSize || position > locatorPosition - kZip64EndSize) {
         file.refuse("the zip64 end record is misplaced");
     }
     const std::string_view record = file.read(position, kZip64EndSize);
@@ -115,8 +115,8 @@ EndRecord readEndRecord(ZipReader& file) {
     // comment with zeros; the comment must reach at least to where that padding begins.
     const std::string_view window = package.window();
     const std::uint64_t base = package.windowOffset();
-    const std::size_t lastByte = window.find_last_not_of('\0');
-    const std::size_t padStart = lastByte == std::string_view::npos ? 0 : lastByte + 1;
+    // All zeros: npos, one past which is 0.
+    const std::size_t padStart = window.find_last_not_of('\0') + 1;
     // The end record is the last one whose comment ends where the padding begins or in it.
     for (std::size_t at = window.size() - kEndSize + 1; at-- > 0;) {
         if (le(window, at, 4) != kEndSignature) {
@@ -137,9 +137,7 @@ EndRecord readEndRecord(ZipReader& file) {
         return {le(window, at + end::kEntries, 2), le(window, at + end::kDirectoryOffset, 4),
                 le(window, at + end::kDirectorySize, 4), position};
     }
-    file.refuse(package.size() > kEndWindow ? "no end of central directory record in its last " +
-                                                  std::to_string(kEndWindow) + " bytes"
-                                            : std::string("no end of central directory record"));
+    file.refuse("no end of central directory record in its last " + std::to_string(window.size()) + " bytes");
 }
 
 void vetName(const ZipReader& file, std::uint64_t index, std::string_view name) {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "opc/package_error.hpp"
+#include "zwhost/system_calls.hpp"
 
 namespace opc::zippackage::detail {
 
@@ -28,8 +29,7 @@ std::string_view PackageFile::read(std::uint64_t offset, std::uint64_t count,
         return std::string_view(window_).substr(offset - windowOffset(), count);
     }
     // Never more than the file held at open, whatever a record claims.
-    const std::uint64_t room = offset < size_ ? size_ - offset : 0;
-    buffer.resize(static_cast<std::size_t>(std::min(count, room)));
+    buffer.resize(static_cast<std::size_t>(std::min(count, size_ - std::min(offset, size_))));
     buffer.resize(readAt(offset, buffer.data(), buffer.size()));
     return {buffer.data(), buffer.size()};
 }
@@ -37,11 +37,9 @@ std::string_view PackageFile::read(std::uint64_t offset, std::uint64_t count,
 std::size_t PackageFile::readAt(std::uint64_t offset, char* into, std::size_t count) const {
     std::size_t got = 0;
     while (got < count) {
-        const ssize_t piece = ::pread(file_.get(), into + got, count - got, static_cast<off_t>(offset + got));
+        const ssize_t piece =
+            zwhost::sys::pread(file_.get(), into + got, count - got, static_cast<off_t>(offset + got));
         if (piece < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
             throw PackageError(PackageErrorKind::Unreadable,
                                "cannot read package " + path_ + ": " + std::strerror(errno));
         }

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -13,6 +12,7 @@
 #include "zwhost/regular_file.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/skip_watch.hpp"
+#include "zwhost/system_calls.hpp"
 
 namespace reference::docparser {
 namespace {
@@ -37,37 +37,32 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
     }
     // The size only sizes the allocation and the reads: the file may change while it is read.
     // A file that fits the buffer on the stack is read there and appended, so that none of its
-    // bytes is zero-filled first; a larger one is read in place in one call, as the zero-filling
-    // of its string costs less than the many calls a stack buffer would take. A file that grew
-    // since is read up to one buffer past the limit.
+    // bytes is zero-filled first (a single read appends it whole, allocating once); a larger one is read in
+    // place in one call, as the zero-filling of its string costs less than the many calls a stack buffer
+    // would take. A file that grew since is read up to one buffer past the limit.
     std::string bytes;
     if (declared > kChunk) {
         bytes.resize(static_cast<std::size_t>(declared));
         std::size_t filled = 0;
         while (filled < bytes.size()) {
-            const ssize_t got = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
-            if (got < 0 && errno != EINTR) {
+            const ssize_t got = zwhost::sys::read(file.get(), bytes.data() + filled, bytes.size() - filled);
+            if (got < 0) {
                 fail("cannot read", path, errno);
             }
             if (got == 0) {
                 break;
             }
-            filled += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+            filled += static_cast<std::size_t>(got);
         }
         bytes.resize(filled);
-    } else {
-        bytes.reserve(static_cast<std::size_t>(declared));
     }
     char chunk[kChunk];
     for (;;) {
-        const ssize_t got = ::read(file.get(), chunk, sizeof chunk);
+        const ssize_t got = zwhost::sys::read(file.get(), chunk, sizeof chunk);
         if (got < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
             fail("cannot read", path, errno);
         }
-        bytes.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        bytes.append(chunk, static_cast<std::size_t>(got));
         if (bytes.size() > limit) {
             fail("file exceeds the read limit", path, EFBIG);
         }

@@ -21,6 +21,7 @@
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/product_walk.hpp"
+#include "zwhost/system_calls.hpp"
 
 namespace reference::docparser {
 namespace {
@@ -66,8 +67,8 @@ class OpenFolder {
 public:
     /** Opens `name` in the folder `parent` (AT_FDCWD for a path); `folder` names it in errors. */
     OpenFolder(int parent, const char* name, const std::string& folder)
-        : fd_(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC)) {
-        if (fd_ < 0) {
+        : fd_(zwhost::sys::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC)) {
+        if (fd_ == -1) {
             cannotList(folder);
         }
     }
@@ -89,11 +90,8 @@ Listing listSorted(const OpenFolder& folder, const std::string& name) {
     Listing entries;
     alignas(dirent64) char buffer[32 << 10];
     for (;;) {
-        const ssize_t got = ::getdents64(folder.get(), buffer, sizeof buffer);
+        const ssize_t got = zwhost::sys::getdents64(folder.get(), buffer, sizeof buffer);
         if (got < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
             cannotList(name);
         }
         if (got == 0) {
@@ -142,7 +140,7 @@ Kind kindOf(const OpenFolder& folder, const std::string& name, unsigned char typ
     case DT_LNK:
         break;
     case DT_UNKNOWN:
-        if (::fstatat(folder.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (zwhost::sys::fstatat(folder.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
             return Kind::Other;
         }
         if (!S_ISLNK(info.st_mode)) {
@@ -152,7 +150,7 @@ Kind kindOf(const OpenFolder& folder, const std::string& name, unsigned char typ
     default:
         return Kind::Other;
     }
-    if (::fstatat(folder.get(), name.c_str(), &info, 0) != 0) {
+    if (zwhost::sys::fstatat(folder.get(), name.c_str(), &info, 0) != 0) {
         return errno == ENOENT ? Kind::DanglingLink : errno == ELOOP ? Kind::LinkLoop : Kind::Other;
     }
     return S_ISREG(info.st_mode) ? Kind::File : Kind::Other;
