@@ -15,9 +15,10 @@ inline constexpr std::size_t kScannedMembers = 32;
 
 namespace detail {
 
-inline std::uint64_t loadBytes(const char* at, std::size_t count) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, count);
+template <class Word>
+inline Word load(const char* at) {
+    Word word;
+    std::memcpy(&word, at, sizeof word);
     return word;
 }
 
@@ -25,10 +26,12 @@ inline std::uint64_t loadBytes(const char* at, std::size_t count) {
     that overlap where the size is not a whole word, which names of members almost always are. */
 inline bool sameBytes(const char* a, const char* b, std::size_t size) {
     if (size >= 8 && size <= 16) {
-        return loadBytes(a, 8) == loadBytes(b, 8) && loadBytes(a + size - 8, 8) == loadBytes(b + size - 8, 8);
+        return load<std::uint64_t>(a) == load<std::uint64_t>(b) &&
+               load<std::uint64_t>(a + size - 8) == load<std::uint64_t>(b + size - 8);
     }
     if (size >= 4 && size < 8) {
-        return loadBytes(a, 4) == loadBytes(b, 4) && loadBytes(a + size - 4, 4) == loadBytes(b + size - 4, 4);
+        return load<std::uint32_t>(a) == load<std::uint32_t>(b) &&
+               load<std::uint32_t>(a + size - 4) == load<std::uint32_t>(b + size - 4);
     }
     for (std::size_t i = 0; i < size; ++i) {
         if (a[i] != b[i]) {

@@ -15,17 +15,17 @@ inline constexpr std::uint64_t kMaxEntries = 65536;
 
 /** One central-directory record, as far as vetting and reading need it. */
 struct DirectoryRecord {
-    std::uint64_t localOffset = 0;
-    std::uint64_t compressedSize = 0;
-    std::uint64_t size = 0;
-    std::uint64_t dataOffset = 0; // where the entry's compressed data starts
-    std::uint32_t crc = 0;
-    std::uint16_t method = 0;
-    std::uint16_t flags = 0;
+    std::uint64_t localOffset{};
+    std::uint64_t compressedSize{};
+    std::uint64_t size{};
+    std::uint64_t dataOffset{}; // where the entry's compressed data starts
+    std::uint32_t crc{};
+    std::uint16_t method{};
+    std::uint16_t flags{};
     // The entry's name in the file's bytes: the Unicode path extra field's where that field is
     // there and holds the CRC of the plain name, else the plain name.
     std::string_view name;
-    bool nameIsUtf8 = false; // flagged UTF-8, or the Unicode path field's
+    bool nameIsUtf8{}; // flagged UTF-8, or the Unicode path field's
 };
 
 /** A vetted directory: its bytes, and its records in central-directory order, whose names lie in

@@ -15,10 +15,10 @@ namespace opc::zwservices {
 class FileSystemEntry {
 public:
     struct Info {
-        std::uint64_t index = 0; // position in the central directory
-        std::u16string path;     // full name inside the package
-        std::uint64_t size = 0;  // declared uncompressed size
-        std::uint32_t crc = 0;   // declared CRC-32
+        std::uint64_t index{}; // position in the central directory
+        std::u16string path;   // full name inside the package
+        std::uint64_t size{};  // declared uncompressed size
+        std::uint32_t crc{};   // declared CRC-32
     };
 
     FileSystemEntry() = default;
