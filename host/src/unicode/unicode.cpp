@@ -52,7 +52,8 @@ std::size_t utf16Length(const unsigned char* src, std::size_t size) {
     return units;
 }
 
-/** Decodes the sequence that starts with the non-ASCII byte at `i`; gives its length. */
+/** Decodes the sequence of two or four bytes that starts with the byte at `i`; gives its length.
+    Sequences of three bytes are decoded in line by decode. */
 std::size_t decodeSequence(const unsigned char* src, std::size_t size, std::size_t i, char16_t*& dst) {
     const unsigned char lead = src[i];
     std::uint32_t code;
@@ -62,10 +63,6 @@ std::size_t decodeSequence(const unsigned char* src, std::size_t size, std::size
         code = lead & 0x1FU;
         length = 2;
         least = 0x80;
-    } else if ((lead & 0xF0U) == 0xE0U) {
-        code = lead & 0x0FU;
-        length = 3;
-        least = 0x800;
     } else if ((lead & 0xF8U) == 0xF0U) {
         code = lead & 0x07U;
         length = 4;
@@ -82,7 +79,8 @@ std::size_t decodeSequence(const unsigned char* src, std::size_t size, std::size
         }
         code = (code << 6) | (src[i + k] & 0x3FU);
     }
-    if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+    // Two bytes reach U+07FF at most and four start at U+10000: no surrogate is found here.
+    if (code < least || code > 0x10FFFF) {
         malformed(i);
     }
     if (code >= 0x10000) {
@@ -116,7 +114,10 @@ std::size_t decode(const unsigned char* src, std::size_t size, char16_t* dst) {
             }
             continue;
         }
-        if ((lead & 0xF0U) == 0xE0U && size - i >= 3) {
+        if ((lead & 0xF0U) == 0xE0U) {
+            if (size - i < 3) {
+                malformed(i);
+            }
             const unsigned second = src[i + 1];
             const unsigned third = src[i + 2];
             const unsigned code = ((lead & 0x0FU) << 12) | ((second & 0x3FU) << 6) | (third & 0x3FU);
@@ -174,8 +175,9 @@ std::pair<char32_t, std::size_t> sequenceAt(std::string_view text, std::size_t i
         valid = (next & 0xC0) == 0x80;
         c = (c << 6) | (next & 0x3F);
     }
-    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (valid && (c < kSmallest[length] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000))) {
+    // The least code point that each length may encode.
+    constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+    if (valid && (c < kSmallest[length - 1] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000))) {
         valid = false;
     }
     return {c, valid ? length : 0};
@@ -211,7 +213,6 @@ std::u16string utf8ToUtf16Replacing(std::string_view text) {
     }
     // Malformed text is rare: it takes a slower pass that replaces byte by byte.
     std::u16string out;
-    out.reserve(text.size());
     std::size_t i = 0;
     while (i < text.size()) {
         char32_t c = nextCodePoint(text, i);
