@@ -20,8 +20,6 @@ using Contents = zippackage::ZipPhysicalPackage::Contents;
 
 // The decoders inflate this much at a time, on the stack; the text grows by appending it.
 constexpr std::size_t kChunk = std::size_t{64} << 10;
-// The first room given to an entry's text, whatever it declares; it grows as bytes arrive.
-constexpr std::uint64_t kFirstRoom = std::uint64_t{1} << 20;
 // The decoders' state may reach this; xz -9 needs 65 MiB.
 constexpr std::uint64_t kDecoderMemory = std::uint64_t{72} << 20;
 
@@ -60,7 +58,6 @@ std::u16string entryName(const zippackage::detail::DirectoryRecord& record) {
         }
     }
     std::u16string name;
-    name.reserve(record.name.size());
     for (const char byte : record.name) {
         const auto unit = static_cast<unsigned char>(byte);
         name.push_back(unit < 0x80 ? char16_t{unit} : kCp437High[unit - 0x80]);
@@ -89,13 +86,8 @@ struct Listing {
 Listing listEntries(const Contents& contents, bool wantLeaves) {
     const std::vector<zippackage::detail::DirectoryRecord>& records = contents.directory.records;
     Listing listing;
-    if (wantLeaves) {
-        // The count was vetted at open, so this reservation is bounded.
-        listing.leaves.reserve(records.size());
-    }
     // Names are compared as read: a code page 437 name and its UTF-8 twin are one name.
     std::unordered_set<std::u16string> seen;
-    seen.reserve(records.size());
     for (std::size_t index = 0; index < records.size(); ++index) {
         const zippackage::detail::DirectoryRecord& record = records[index];
         if (!record.name.empty() && record.name.back() == '/') {
@@ -128,9 +120,7 @@ class CheckedText {
 public:
     CheckedText(const FileSystemEntry::Info& info, const zippackage::detail::DirectoryRecord& record,
                 std::uint64_t limit, std::uint64_t budget, std::uint64_t& inflated)
-        : info_(info), record_(record), limit_(limit), budget_(budget), inflated_(inflated) {
-        text_.reserve(static_cast<std::size_t>(std::min({info.size, limit, kFirstRoom})));
-    }
+        : info_(info), record_(record), limit_(limit), budget_(budget), inflated_(inflated) {}
 
     void take(const char* data, std::size_t size) {
         if (size == 0) {
@@ -255,7 +245,7 @@ std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint
                                                                 " is larger than the read limit of " +
                                                                 std::to_string(limit) + " bytes");
     }
-    // Checked before the text's first room is taken, so that a spent package costs nothing more.
+    // Checked before a byte is read, so that a spent package costs nothing more.
     if (inflated_ >= budget && info.size > 0) {
         throw budgetSpent(info, budget);
     }
