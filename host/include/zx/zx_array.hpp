@@ -42,12 +42,8 @@ enum zxComplexity : int { zxREAL = 0, zxCOMPLEX = 1 };
 
 /** Where an array lives in the host's workspace; the values are the host's. */
 enum zxVariableScope : int {
-    zxSCOPE_UNSET = 0,
-    zxSCOPE_LOCAL = 1,
-    zxSCOPE_GLOBAL = 2,
-    zxSCOPE_PERSISTENT = 3,
+    zxSCOPE_UNSET,
     zxSCOPE_TEMPORARY = 4,
-    zxSCOPE_NESTED = 5,
     zxSCOPE_CACHED = 6,
 };
 

@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <ranges>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -216,7 +217,6 @@ struct NamedRecord {
 std::vector<NamedRecord> readRecords(const ZipReader& file, std::string_view directory,
                                      std::uint64_t counted) {
     std::vector<NamedRecord> records;
-    records.reserve(std::min(counted, kMaxEntries));
     for (std::size_t at = 0; at < directory.size();) {
         const std::uint64_t index = records.size();
         if (directory.size() - at < kCentralHeaderSize) {
@@ -264,14 +264,12 @@ std::vector<NamedRecord> readRecords(const ZipReader& file, std::string_view dir
     descriptor is not counted: it holds no data that is ever inflated. */
 void placeData(ZipReader& file, std::vector<NamedRecord>& records, std::uint64_t dataEnd) {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
-    spans.reserve(records.size());
     // Whether each local header repeats its central record's name and method.
     std::vector<std::pair<bool, bool>> agrees;
-    agrees.reserve(records.size());
     for (std::size_t index = 0; index < records.size(); ++index) {
         DirectoryRecord& record = records[index].record;
         const std::string entry = "entry " + std::to_string(index);
-        if (record.localOffset > dataEnd || dataEnd - record.localOffset < kLocalHeaderSize) {
+        if (dataEnd < kLocalHeaderSize || record.localOffset > dataEnd - kLocalHeaderSize) {
             file.refuse(entry + " lies outside the data of the package");
         }
         const std::uint64_t room = dataEnd - record.localOffset;
@@ -326,10 +324,8 @@ Directory readCentralDirectory(const PackageFile& package) {
     std::vector<NamedRecord> named =
         readRecords(file, {directory.bytes.data(), directory.bytes.size()}, end.entries);
     placeData(file, named, end.directoryOffset);
-    directory.records.reserve(named.size());
-    for (const NamedRecord& record : named) {
-        directory.records.push_back(record.record);
-    }
+    const auto records = named | std::views::transform(&NamedRecord::record);
+    directory.records.assign(records.begin(), records.end());
     return directory;
 }
 
