@@ -38,7 +38,8 @@ void point(std::string_view operation);
 /** Marks a system call: the errno it fails with when a fault is due, else 0. */
 int systemCallError(std::string_view call);
 
-/** Arms faults for the lifetime of a scope and resets them on leaving it. */
+/** Resets faults for the lifetime of a scope, and on leaving it. Faults are armed within one (or
+    after a reset): until the first reset, no call is counted. */
 class Scope {
 public:
     Scope() { reset(); }
