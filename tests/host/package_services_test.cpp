@@ -184,13 +184,14 @@ TEST(PackageServices, AMemberCostsNothingUntilItIsRead) {
 TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
     const TempDir dir;
     // bzip2 packs zeros far tighter than deflate: 64 MiB to a few hundred bytes.
-    const auto bzip2 = [](const std::string& text) {
+    // The packed bytes are followed by zeros up to `packedSize`, which the decoder never reaches.
+    const auto bzip2 = [](const std::string& text, std::size_t packedSize = 0) {
         std::string packed(text.size() / 100 + 600, '\0');
         auto size = static_cast<unsigned>(packed.size());
         // clang-format off
         EXPECT_EQ(BZ2_bzBuffToBuffCompress(packed.data(), &size, const_cast<char*>(text.data()), static_cast<unsigned>(text.size()), 9, 0, 0), BZ_OK);
         // clang-format on
-        packed.resize(size);
+        packed.resize(std::max<std::size_t>(size, packedSize));
         return ZipRecord{"", packed, 12, text.size(), crc32(text)};
     };
     const ZipRecord zeros = bzip2(std::string(64 * kMiB, '\0'));
@@ -217,9 +218,29 @@ TEST(PackageServices, BombsCostAtMostTheirBudgetAndTheRatioFloor) {
         }
         EXPECT_THAT(leaves.back().second, HasSubstr(test.refusal));
     }
-    // Below the ratio floor any ratio is taken: half a MiB of zeros packs to a few dozen bytes.
-    const std::string someZeros(kMiB / 2, '\0');
-    EXPECT_EQ(readPackage(dir.write("small.zip", zipOf({bzip2(someZeros)}))), (Leaves{{u"0", someZeros}}));
+    // At the edges, a byte short of each refusal reads: up to the ratio floor any ratio (a MiB of
+    // zeros packs to a few dozen bytes), beyond it 1,024 times the packed size (17 decoder outputs
+    // of 64 KiB over 1,088 packed bytes), and the budget to its last byte.
+    const std::string floor(FileSystemManager::kRatioFloor, '\0');
+    const std::string beyond(17 << 16, '\0');
+    // clang-format off
+    const struct { std::vector<ZipRecord> records; std::uint64_t budget; std::string last; } edges[] = {
+        {{bzip2(floor)}, budget, floor},
+        {{bzip2(floor + '\0')}, budget, "error: entry 0 inflates more than 1024 times its compressed size"},
+        {{bzip2(beyond, 1088)}, budget, beyond},
+        {{bzip2(beyond, 1087)}, budget, "error: entry 0 inflates more than 1024 times its compressed size"},
+        {{{.data = "abcd"}, {.data = "efgh"}}, 8, "efgh"},
+        {{{.data = "abcd"}, {.data = "efghi"}}, 8, "error: entry 1 is not read: the package has inflated its budget of 8 bytes"},
+    };
+    // clang-format on
+    for (const auto& edge : edges) {
+        SCOPED_TRACE(edge.records.back().data.size());
+        const std::string last = OpenPackage(dir.write("edge.zip", zipOf(edge.records)))
+                                     .read(64 * kMiB, edge.budget)
+                                     .back()
+                                     .second;
+        EXPECT_TRUE(last == edge.last) << last.substr(0, 100);
+    }
     // A directory of one record more than a package may hold is refused whole, also when its zip64
     // end record counts no more than the most.
     std::string many = zipOf(std::vector<ZipRecord>(65537, {.data = "a", .size = 1}));

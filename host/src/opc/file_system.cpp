@@ -142,7 +142,8 @@ public:
                                    std::to_string(FileSystemManager::kMaxRatio) +
                                    " times its compressed size");
         }
-        if (inflated_ > budget_ || size > budget_ - inflated_) {
+        // readEntry takes no entry once the budget is spent, so the room left never wraps.
+        if (size > budget_ - inflated_) {
             inflated_ = budget_;
             throw budgetSpent(info_, budget_);
         }
@@ -170,7 +171,7 @@ private:
     std::uint64_t budget_;
     std::uint64_t& inflated_;
     std::string text_;
-    uLong crc_ = ::crc32_z(0, nullptr, 0);
+    uLong crc_ = 0; // the CRC-32 of no bytes
 };
 
 /** Reads the entry's data alone and hands it to the decoder of its method, which feeds `text`. */
