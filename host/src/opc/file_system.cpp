@@ -83,7 +83,7 @@ struct Listing {
     std::vector<FileSystemManager::SkippedEntry> skipped;
 };
 
-Listing listEntries(const Contents& contents, bool wantLeaves) {
+Listing listEntries(const Contents& contents) {
     const std::vector<zippackage::detail::DirectoryRecord>& records = contents.directory.records;
     Listing listing;
     // Names are compared as read: a code page 437 name and its UTF-8 twin are one name.
@@ -99,10 +99,8 @@ Listing listEntries(const Contents& contents, bool wantLeaves) {
                                        "a second entry of this name; the first one is read"});
             continue;
         }
-        if (wantLeaves) {
-            listing.leaves.emplace_back(std::make_shared<const FileSystemEntry::Info>(
-                FileSystemEntry::Info{index, name, record.size, record.crc}));
-        }
+        listing.leaves.emplace_back(std::make_shared<const FileSystemEntry::Info>(
+            FileSystemEntry::Info{index, name, record.size, record.crc}));
         seen.insert(std::move(name));
     }
     return listing;
@@ -184,7 +182,7 @@ void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRe
     // Every method stores incompressible data in little more than its size; more than that is
     // damage, and is not read.
     const std::uint64_t overhead = info.size / 8 + kChunk;
-    if (record.compressedSize > overhead && record.compressedSize - overhead > info.size) {
+    if (record.compressedSize - std::min(record.compressedSize, overhead) > info.size) {
         throw PackageError(PackageErrorKind::DamagedEntry, "cannot read " + entryText(info) + ": it holds " +
                                                                std::to_string(record.compressedSize) +
                                                                " compressed bytes for " +
@@ -196,7 +194,7 @@ void decodeEntry(const Contents& contents, const zippackage::detail::DirectoryRe
         throw PackageError(PackageErrorKind::DamagedEntry,
                            "cannot read " + entryText(info) + ": the package file ends inside it");
     }
-    const std::uint64_t memory = limit > UINT64_MAX - kChunk ? UINT64_MAX : limit + kChunk;
+    const std::uint64_t memory = limit + std::min(kChunk, UINT64_MAX - limit);
     try {
         detail::decode(record.method, data, record.size, std::max(memory, kDecoderMemory),
                        [&](const char* bytes, std::size_t size) { text.take(bytes, size); });
@@ -222,12 +220,12 @@ FileSystemManager::FileSystemManager(model::Package& package, const FileSystemOp
 }
 
 std::vector<FileSystemManager::SkippedEntry> FileSystemManager::getSkippedEntries() const {
-    return listEntries(openContents(package_), false).skipped;
+    return listEntries(openContents(package_)).skipped;
 }
 
 std::vector<FileSystemEntry> FileSystemManager::getAllLeafs() const {
     zwhost::fault::point("FileSystemManager::getAllLeafs");
-    return listEntries(openContents(package_), true).leaves;
+    return listEntries(openContents(package_)).leaves;
 }
 
 std::string FileSystemManager::readEntry(const FileSystemEntry& entry, std::uint64_t limit,
