@@ -25,7 +25,8 @@ PackageFile::PackageFile(std::string path) : path_(std::move(path)), file_(path_
 
 std::string_view PackageFile::read(std::uint64_t offset, std::uint64_t count,
                                    std::vector<char>& buffer) const {
-    if (offset >= windowOffset() && offset - windowOffset() <= window_.size()) {
+    // An offset before the window wraps past its end.
+    if (offset - windowOffset() <= window_.size()) {
         return std::string_view(window_).substr(offset - windowOffset(), count);
     }
     // Never more than the file held at open, whatever a record claims.
