@@ -20,11 +20,7 @@ std::mutex exampleRootMutex;
 std::shared_ptr<const std::u16string> exampleRoot;
 
 std::shared_ptr<const std::u16string> makeRoot(const std::u16string& base) {
-    std::u16string root;
-    root.reserve(base.size() + detail::kExampleRootSuffix.size());
-    root += base;
-    root += detail::kExampleRootSuffix;
-    return std::make_shared<const std::u16string>(std::move(root));
+    return std::make_shared<const std::u16string>(base + detail::kExampleRootSuffix);
 }
 
 // Called with exampleRootMutex held.

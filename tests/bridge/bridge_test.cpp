@@ -197,6 +197,9 @@ TEST_F(Bridge, ArraySettersTakeWhatFitsAndKeepTheRest) {
                 EXPECT_EQ(textsOf(after.get()), expected);
             }
             I copy = item.copy();
+            for (const auto* links : {&item.getDocIDLinks(), &copy.getDocIDLinks()}) {
+                EXPECT_EQ(links->capacity(), links->size()) << "links built at their size";
+            }
             EXPECT_EQ(textsOf(propertyOf(classes::wrapExampleItem(copy), name.c_str()).get()), expected);
         }
     }

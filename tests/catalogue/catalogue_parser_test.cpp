@@ -57,6 +57,7 @@ TEST_F(CatalogueParser, EachCorpusTextGivesWhatTheManifestSays) {
     EXPECT_EQ(id.capacity(), id.size());
     EXPECT_EQ(items.at(0).getOpenCommand().capacity(), items.at(0).getOpenCommand().size());
     EXPECT_EQ(items.at(0).getRelativePaths().capacity(), 3U);
+    EXPECT_EQ(items.at(0).getDocIDLinks().capacity(), 3U);
     EXPECT_EQ(built.begin()->second.header.getProduct(), u"Core");
 }
 

@@ -113,12 +113,7 @@ Listing listSorted(const OpenFolder& folder, const std::string& name) {
 // `name` in `folder`, in native bytes or in UTF-16.
 template <class String>
 String joined(const String& folder, const String& name) {
-    String path;
-    path.reserve(folder.size() + 1 + name.size());
-    path += folder;
-    path += typename String::value_type('/');
-    path += name;
-    return path;
+    return folder + typename String::value_type('/') + name;
 }
 
 Kind kindOfMode(mode_t mode) {

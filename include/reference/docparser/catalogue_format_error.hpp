@@ -53,7 +53,6 @@ private:
 /** `key` as one step of a JSON pointer, with "~" and "/" escaped. */
 inline std::string jsonPointerStep(std::string_view key) {
     std::string step;
-    step.reserve(key.size());
     for (const char c : key) {
         if (c == '~') {
             step += "~0";

@@ -19,10 +19,7 @@ DocResourceParser::ParsingResults<T> DocResourceParser::ParsingTools::parseMulti
     }
     std::vector<std::u16string> docLocales = getSupportedDocLocales();
     const std::u16string currentLocale = getCurrentLocale();
-    std::u16string localeSuffix;
-    localeSuffix.reserve(1 + currentLocale.size());
-    localeSuffix += kLocaleSeparator;
-    localeSuffix += currentLocale;
+    std::u16string localeSuffix = kLocaleSeparator + currentLocale;
 
     AllProducts products = DocResourceParser::getAllProducts(root, docLocales, localeSuffix);
     const ParsingInfo<T> info{jsonParsingFcn, isInstalledFcn, std::move(docLocales), std::move(localeSuffix)};
