@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -200,10 +201,18 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
             EXPECT_NE(std::string(error.what()).find(path.native()), std::string::npos) << error.what();
         }
     }
-    // A failed read names the file, one read in place as well as one read through the buffer.
+    // A file that shrinks or grows between its measure and its read gives what it holds then, and
+    // a failed read names the file: one read in place as well as one read through the buffer.
     zwhost::settings::resetToDefaults();
     for (const std::size_t size : {10, 200'000}) {
-        const fs::path path = tree.write("failing.json", std::string(size, 'x'));
+        const fs::path path = tree.path() / "changing.json";
+        for (const std::size_t now : {size / 2, size * 2}) {
+            tree.write("changing.json", std::string(size, 'x'));
+            const zwhost::fault::Scope faults;
+            zwhost::fault::beforeSystemCall("read", 1, [&] { std::ofstream(path) << std::string(now, 'y'); });
+            const std::string got = read(path);
+            EXPECT_TRUE(got == std::string(now, 'y')) << size << " bytes, then " << now << ": " << got.size();
+        }
         const zwhost::fault::Scope faults;
         zwhost::fault::failSystemCall("read", 1, EIO);
         try {

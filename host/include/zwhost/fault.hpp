@@ -4,6 +4,7 @@
 // fails it, so that tests can force every failure path of the library.
 
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -25,6 +26,10 @@ void failAtPoint(std::uint64_t nth);
 /** Make the `nth` call of the system call `call` from now on fail with `error`: it returns -1
     and sets errno, and is not made. `call` is a function's name in zwhost/system_calls.hpp. */
 void failSystemCall(std::string_view call, std::uint64_t nth, int error);
+
+/** Run `action` just before the `nth` call of the system call `call` from now on, as another
+    process could act then: a test changes a file under a read with it. */
+void beforeSystemCall(std::string_view call, std::uint64_t nth, std::function<void()> action);
 
 /** Disarm every fault and zero the counters. */
 void reset();

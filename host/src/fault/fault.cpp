@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -21,6 +22,8 @@ struct SystemCall {
     std::uint64_t calls;
     std::uint64_t failAt;
     int error;
+    std::uint64_t actAt;
+    std::function<void()> action;
 };
 
 struct State {
@@ -80,6 +83,14 @@ void failSystemCall(std::string_view call, std::uint64_t nth, int error) {
     armed.error = error;
 }
 
+void beforeSystemCall(std::string_view call, std::uint64_t nth, std::function<void()> action) {
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    SystemCall& armed = systemCall(s, call);
+    armed.actAt = armed.calls + nth;
+    armed.action = std::move(action);
+}
+
 void reset() {
     State& s = state();
     std::lock_guard lock(s.mutex);
@@ -122,9 +133,21 @@ int systemCallError(std::string_view call) {
         return 0;
     }
     State& s = state();
-    std::lock_guard lock(s.mutex);
-    SystemCall& made = systemCall(s, call);
-    return ++made.calls == made.failAt ? made.error : 0;
+    std::function<void()> action;
+    int error;
+    {
+        std::lock_guard lock(s.mutex);
+        SystemCall& made = systemCall(s, call);
+        ++made.calls;
+        if (made.calls == made.actAt) {
+            action = std::move(made.action);
+        }
+        error = made.calls == made.failAt ? made.error : 0;
+    }
+    if (action) {
+        action();
+    }
+    return error;
 }
 
 } // namespace zwhost::fault
