@@ -165,8 +165,9 @@ void vetName(const ZipReader& file, std::uint64_t index, std::string_view name) 
 }
 
 std::uint32_t crcOf(std::string_view bytes) {
+    // 0 is the CRC-32 of no bytes, which the bytes continue.
     return static_cast<std::uint32_t>(
-        ::crc32_z(::crc32_z(0, nullptr, 0), reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+        ::crc32_z(0, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 /** Applies the extra fields of a central record: 64-bit sizes and offset, and the Unicode name,
