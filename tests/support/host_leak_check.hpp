@@ -23,12 +23,17 @@ inline std::ptrdiff_t openDescriptors() {
                          std::filesystem::directory_iterator());
 }
 
-/** What the process's file descriptors refer to, sorted. */
+/** What the process's file descriptors refer to, sorted; a file removed meanwhile (as ctest
+    replaces its log) is named as it was. */
 inline std::vector<std::string> openFiles() {
     std::vector<std::string> files;
     for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code closedMeanwhile;
-        files.push_back(std::filesystem::read_symlink(descriptor.path(), closedMeanwhile).string());
+        std::string file = std::filesystem::read_symlink(descriptor.path(), closedMeanwhile).string();
+        if (file.ends_with(" (deleted)")) {
+            file.resize(file.size() - std::string_view(" (deleted)").size());
+        }
+        files.push_back(std::move(file));
     }
     std::sort(files.begin(), files.end());
     return files;
