@@ -116,7 +116,8 @@ TEST_F(ReferenceService, ResetRestoresEveryDefaultAndRereadsTheDocumentationRoot
 }
 
 // Each walk of tests/data/trees/WALKS: a tree of TREES, the locale suffix and the golden file of
-// what the walk finds and passes over; a root with a trailing '/' gives the same.
+// what the walk finds and passes over; a root with a trailing '/' gives the same, and so does a
+// file system that gives no types in its listings.
 TEST_F(ReferenceService, WalksEachTreeAsItsGoldenFileSays) {
     for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/WALKS")) {
         SCOPED_TRACE("walk " + fields.at(0) + fields.at(1));
@@ -125,6 +126,9 @@ TEST_F(ReferenceService, WalksEachTreeAsItsGoldenFileSays) {
         const std::string found = walked(tree.path(), u16(fields.at(1)));
         EXPECT_EQ(found, zwtest::fileText(ZW_TEST_DATA "/trees/" + fields.at(2)));
         EXPECT_EQ(walked(tree.path() / "", u16(fields.at(1))), found);
+        const zwhost::fault::Scope faults;
+        zwhost::fault::listWithoutTypes();
+        EXPECT_EQ(walked(tree.path(), u16(fields.at(1))), found) << "listed without types";
     }
 }
 

@@ -31,6 +31,13 @@ void failSystemCall(std::string_view call, std::uint64_t nth, int error);
     process could act then: a test changes a file under a read with it. */
 void beforeSystemCall(std::string_view call, std::uint64_t nth, std::function<void()> action);
 
+/** From now until the next reset, folders are listed as file systems that give no types list
+    them: each entry's type unknown. */
+void listWithoutTypes();
+
+/** Whether folders are listed without types. */
+bool listingsUntyped();
+
 /** Disarm every fault and zero the counters. */
 void reset();
 

@@ -33,6 +33,7 @@ struct State {
     std::array<SystemCall, kSystemCalls.size()> systemCalls{};
     std::uint64_t points = 0;
     std::uint64_t failAtPoint = 0;
+    bool untyped = false;
 };
 
 State& state() {
@@ -91,12 +92,28 @@ void beforeSystemCall(std::string_view call, std::uint64_t nth, std::function<vo
     armed.action = std::move(action);
 }
 
+void listWithoutTypes() {
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    s.untyped = true;
+}
+
+bool listingsUntyped() {
+    if (!active.load(std::memory_order_relaxed)) {
+        return false;
+    }
+    State& s = state();
+    std::lock_guard lock(s.mutex);
+    return s.untyped;
+}
+
 void reset() {
     State& s = state();
     std::lock_guard lock(s.mutex);
     s.calls.clear();
     s.failAt.clear();
     s.systemCalls = {};
+    s.untyped = false;
     s.points = 0;
     s.failAtPoint = 0;
     // Counting stays on after the first reset: the calls and points that faults are armed by.

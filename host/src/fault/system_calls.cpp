@@ -54,7 +54,15 @@ ssize_t pread(int fd, void* into, std::size_t count, off_t offset) {
 }
 
 ssize_t getdents64(int fd, void* into, std::size_t count) {
-    return uninterrupted("getdents64", [&] { return ::getdents64(fd, into, count); });
+    const ssize_t got = uninterrupted("getdents64", [&] { return ::getdents64(fd, into, count); });
+    if (fault::listingsUntyped()) {
+        for (ssize_t at = 0; at < got;) {
+            auto* entry = reinterpret_cast<dirent64*>(static_cast<char*>(into) + at);
+            entry->d_type = DT_UNKNOWN;
+            at += entry->d_reclen;
+        }
+    }
+    return got;
 }
 
 } // namespace zwhost::sys

@@ -106,7 +106,7 @@ Listing listSorted(const OpenFolder& folder, const std::string& name) {
             at += found->d_reclen;
         }
     }
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::ranges::sort(entries, std::ranges::less(), &Listing::value_type::first);
     return entries;
 }
 
