@@ -3,7 +3,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <ranges>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -325,8 +324,9 @@ Directory readCentralDirectory(const PackageFile& package) {
     std::vector<NamedRecord> named =
         readRecords(file, {directory.bytes.data(), directory.bytes.size()}, end.entries);
     placeData(file, named, end.directoryOffset);
-    const auto records = named | std::views::transform(&NamedRecord::record);
-    directory.records.assign(records.begin(), records.end());
+    for (const NamedRecord& record : named) {
+        directory.records.push_back(record.record);
+    }
     return directory;
 }
 
