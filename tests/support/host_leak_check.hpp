@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -16,12 +15,6 @@
 #include "zwhost/zcos.hpp"
 
 namespace zwtest {
-
-/** How many file descriptors the process has open. */
-inline std::ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                         std::filesystem::directory_iterator());
-}
 
 /** What the process's file descriptors refer to, sorted; a file removed meanwhile (as ctest
     replaces its log) is named as it was. */
