@@ -53,7 +53,7 @@ std::size_t utf16Length(const unsigned char* src, std::size_t size) {
 }
 
 /** Decodes the sequence of two or four bytes that starts with the byte at `i`; gives its length.
-    Sequences of three bytes are decoded in line by decode. */
+    Any other lead is malformed here: decode takes the well-formed sequences of three bytes. */
 std::size_t decodeSequence(const unsigned char* src, std::size_t size, std::size_t i, char16_t*& dst) {
     const unsigned char lead = src[i];
     std::uint32_t code;
@@ -114,10 +114,7 @@ std::size_t decode(const unsigned char* src, std::size_t size, char16_t* dst) {
             }
             continue;
         }
-        if ((lead & 0xF0U) == 0xE0U) {
-            if (size - i < 3) {
-                malformed(i);
-            }
+        if ((lead & 0xF0U) == 0xE0U && size - i >= 3) {
             const unsigned second = src[i + 1];
             const unsigned third = src[i + 2];
             const unsigned code = ((lead & 0x0FU) << 12) | ((second & 0x3FU) << 6) | (third & 0x3FU);
@@ -128,8 +125,8 @@ std::size_t decode(const unsigned char* src, std::size_t size, char16_t* dst) {
                 i += 3;
                 continue;
             }
-            malformed(i);
         }
+        // What is not ASCII nor a well-formed sequence of three bytes.
         i += decodeSequence(src, size, i, dst);
     }
     return static_cast<std::size_t>(dst - start);
