@@ -31,9 +31,9 @@ struct State {
     std::map<std::string, std::uint64_t, std::less<>> calls;
     std::map<std::string, std::uint64_t, std::less<>> failAt;
     std::array<SystemCall, kSystemCalls.size()> systemCalls{};
-    std::uint64_t points = 0;
-    std::uint64_t failAtPoint = 0;
-    bool untyped = false;
+    std::uint64_t points{};
+    std::uint64_t failAtPoint{};
+    bool untyped{};
 };
 
 State& state() {
@@ -53,7 +53,7 @@ SystemCall& systemCall(State& s, std::string_view name) {
 std::uint64_t& callsOf(State& s, std::string_view name) {
     auto calls = s.calls.find(name);
     if (calls == s.calls.end()) {
-        calls = s.calls.emplace(std::string(name), 0).first;
+        calls = s.calls.emplace(std::string(name), std::uint64_t{}).first;
     }
     return calls->second;
 }
