@@ -17,6 +17,11 @@
 
 namespace {
 
+// The host's own numbers for classes, complexity and scopes, which compiled host code relies on.
+static_assert(zxUNKNOWN_CLASS == 0 && zxCELL_CLASS == 1 && zxCHAR_CLASS == 4 && zxDOUBLE_CLASS == 6 &&
+              zxUINT32_CLASS == 13 && zxOBJECT_CLASS == 17 && zxREAL == 0 && zxCOMPLEX == 1 &&
+              zxSCOPE_UNSET == 0 && zxSCOPE_TEMPORARY == 4 && zxSCOPE_CACHED == 6);
+
 using ZxArray = zwtest::HostLeakCheck;
 
 TEST_F(ZxArray, ReleaseDestroysOnlyTheLastUnheldReferenceAndNumbersTakeAnyShape) {
