@@ -60,7 +60,7 @@ void deleteDocIDLink(void* data) noexcept {
 }
 
 std::uint32_t numberOf(const ::zcos::COSObject& object) {
-    std::uint32_t number = 0;
+    std::uint32_t number{};
     std::memcpy(&number, object.underlyingArray()->realData, sizeof number);
     return number;
 }

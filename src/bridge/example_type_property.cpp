@@ -63,7 +63,7 @@ void setExampleTypeAndCache(SharedZxArrayPtr& cache, const zxArray_tag* value, E
     }
     // The word is taken as it stands, whatever the class of the array: the host decides what
     // a kind may be.
-    std::uint32_t word = 0;
+    std::uint32_t word{};
     std::memcpy(&word, omGetUnderlyingArray(value)->realData, sizeof word);
     type = static_cast<ExampleType::Value>(word);
     // The number is stored before the copy is made: should the copy fail, the new kind stays
