@@ -99,7 +99,9 @@ TEST(Utf8ToUtf16, MalformedSequencesAreRefusedWhereverAndReplacedByteByByte) {
     for (const auto& [sequence, replaced, firstBad] : bad) {
         for (const std::size_t before : {0, 1, 8, 15, 16, 17, 600}) {
             for (const std::size_t after : {0, 1, 8, 16}) {
-                const std::string text = ascii(before).utf8 + sequence + ascii(after).utf8;
+                // Continuation bytes lie past the end of the text, where no read may go.
+                const std::string buffer = ascii(before).utf8 + sequence + ascii(after).utf8 + "\x80\x80\x80";
+                const std::string_view text(buffer.data(), buffer.size() - 3);
                 EXPECT_THROW(utf8ToUtf16(text), MalformedText)
                     << "sequence of " << sequence.size() << " bytes after " << before << ", before " << after;
                 EXPECT_EQ(utf8ToUtf16Replacing(text), ascii(before).utf16 + replaced + ascii(after).utf16);
