@@ -36,9 +36,9 @@ std::string readBounded(const fs::path& path, std::uint64_t limit) {
         fail("file exceeds the read limit", path, EFBIG);
     }
     // The size only sizes the allocation and the reads: the file may change while it is read.
-    // A file that fits the buffer on the stack is read there and appended, so that none of its
-    // bytes is zero-filled first (a single read appends it whole, allocating once); a larger one is read in
-    // place in one call, as the zero-filling of its string costs less than the many calls a stack buffer
+    // A file that fits the buffer on the stack is read there and appended whole, allocating
+    // once, so that none of its bytes is zero-filled first; a larger one is read in place in one
+    // call, as the zero-filling of its string costs less than the many calls a stack buffer
     // would take. A file that grew since is read up to one buffer past the limit.
     std::string bytes;
     if (declared > kChunk) {
