@@ -10,7 +10,7 @@
 namespace zcos {
 namespace {
 
-std::atomic<std::int64_t> liveObjects{0};
+std::atomic<std::int64_t> liveObjects{};
 
 } // namespace
 

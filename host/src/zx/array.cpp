@@ -12,7 +12,7 @@
 
 namespace {
 
-std::atomic<std::int64_t> liveArrays{0};
+std::atomic<std::int64_t> liveArrays{};
 
 zxArray_tag* newArray(cppcompat::detail::span::span<unsigned long const> dims, zxClassID classID) {
     zwhost::fault::point("matrix::createArray");
