@@ -190,17 +190,18 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
     const fs::path fifo = tree.path() / "fifo.json";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     const fs::path large = tree.path() / "\xe2\x82\xac\xf0\x9f\x98\x80.json";
-    const std::tuple<fs::path, std::uint64_t, bool> failures[] = {
-        {file, 3, false},                    // one byte past the limit
-        {tree.path() / "missing", 4, false}, // cannot be opened
-        {tree.path(), 4, false},             // a folder cannot be read
-        {"/dev/zero", 1000, false},          // a device, which never ends
-        {"/proc/self/maps", 4096, false},    // a file of the kernel, which declares no size, past the limit
-        {fifo, 4, false},                    // a FIFO, which no one writes: it must not block
-        {file, 4, true},                     // a read that fails, through the buffer
-        {large, 1 << 20, true},              // and in place
+    // Each refusal names its reason and the file.
+    const std::tuple<fs::path, std::uint64_t, bool, const char*> failures[] = {
+        {file, 3, false, "file exceeds the read limit"},                 // one byte past the limit
+        {tree.path() / "missing", 4, false, "cannot open"},              // no such file
+        {tree.path(), 4, false, "not a regular file"},                   // a folder
+        {"/dev/zero", 1000, false, "not a regular file"},                // a device, which never ends
+        {"/proc/self/maps", 4096, false, "file exceeds the read limit"}, // a kernel file of no declared size
+        {fifo, 4, false, "not a regular file"},                          // a FIFO: it must not block
+        {file, 4, true, "cannot read"},        // a read that fails, through the buffer
+        {large, 1 << 20, true, "cannot read"}, // and in place
     };
-    for (const auto& [path, limit, readFails] : failures) {
+    for (const auto& [path, limit, readFails, reason] : failures) {
         zwhost::settings::setReadLimit(limit);
         const zwhost::fault::Scope faults;
         if (readFails) {
@@ -211,6 +212,7 @@ TEST_F(ReferenceService, ReadsWholeFilesUpToTheLimitAndThrowsNamingThePathOtherw
             ADD_FAILURE() << path;
         } catch (const std::runtime_error& error) {
             EXPECT_NE(std::string(error.what()).find(path.native()), std::string::npos) << error.what();
+            EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
         }
     }
     // A file that shrinks or grows between its measure and its read gives what it holds then, one
