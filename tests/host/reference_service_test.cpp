@@ -4,13 +4,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "reference/docparser/doc_resource_parser.hpp"
 #include "support/case_tree.hpp"

@@ -1,7 +1,5 @@
 #include "package_file.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>

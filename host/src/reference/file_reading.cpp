@@ -1,7 +1,5 @@
 // Reading a loose file of the reference service, bounded by the read limit.
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
