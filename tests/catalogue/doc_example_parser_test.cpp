@@ -1,5 +1,9 @@
 #include "example/docparser/doc_example_parser.hpp"
 
+#include <cerrno>
+#include <map>
+
+#include <boost/algorithm/string/replace.hpp>
 #include <gtest/gtest.h>
 
 #include "support/case_tree.hpp"
@@ -7,6 +11,7 @@
 #include "support/small_tree.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/settings.hpp"
+#include "zwhost/skip_watch.hpp"
 
 namespace {
 
@@ -78,6 +83,35 @@ TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {
     zwhost::settings::setDocumentationRoot(u"/later");
     EXPECT_EQ(*DocExampleParser::getExampleRoot(), std::u16string(u"/moved") + kSuffix)
         << "asked at the restore";
+}
+
+TEST_F(DocExampleParserTest, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
+    zwtest::writeSmallTree(dir);
+    const std::map<std::string, int> errors = {{"EACCES", EACCES}, {"EINTR", EINTR}, {"EIO", EIO}};
+    // Each line of tests/data/trees/FAULTS: a host call, or a system call and the error it gives,
+    // failing at its n-th call, how many files and packages the host counts as given up, and what
+    // is left of the tree or the failure that ends the whole call.
+    for (const auto& fields : zwtest::caseLines(ZW_TEST_DATA "/trees/FAULTS")) {
+        const std::string& operation = fields.at(0);
+        const std::uint64_t call = std::stoull(fields.at(1));
+        zwhost::fault::reset();
+        if (const std::size_t slash = operation.find('/'); slash != std::string::npos) {
+            zwhost::fault::failSystemCall(operation.substr(0, slash), call,
+                                          errors.at(operation.substr(slash + 1)));
+        } else {
+            zwhost::fault::failOn(operation, call);
+        }
+        const zwhost::reference::SkipWatch watch;
+        std::string got;
+        try {
+            got = zwtest::titles(DocExampleParser::getDocExampleFiles(root()));
+        } catch (const std::exception& failure) {
+            got = failure.what();
+            boost::replace_all(got, dir.path().string(), "TREE");
+        }
+        EXPECT_EQ(got, fields.at(3)) << operation << " fails at call " << call;
+        EXPECT_EQ(watch.count(), std::stoull(fields.at(2))) << operation << " fails at call " << call;
+    }
 }
 
 } // namespace
