@@ -12,7 +12,7 @@ install(TARGETS docparser ${zw_host_libraries}
 if(ZW_BUILD_TOOLS)
   install(TARGETS exampledoc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-  install(FILES "${PROJECT_SOURCE_DIR}/tools/exampledoc/exampledoc.bash"
+  install(FILES "${PROJECT_BINARY_DIR}/tools/exampledoc.bash"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME exampledoc)
 endif()
 

@@ -4,9 +4,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 
 #include <CLI/CLI.hpp>
+#include <boost/algorithm/string/join.hpp>
 
 #include "commands.hpp"
 #include "example_kinds.hpp"
@@ -31,28 +33,43 @@ struct CommandLine {
     std::vector<Command> commands;
     CLI::App* help = nullptr;
     std::string helpTopic;
+    CLI::App* completion = nullptr;
+    std::string shell;
     std::string color = "auto";
+    std::map<const CLI::Option*, std::vector<std::string>> choices; // what completion offers
 };
 
-void addCommonOptions(CLI::App& command, Options& options, std::string& color) {
+// Limits `option` to `values`, which completion offers.
+CLI::Option* oneOf(CommandLine& line, CLI::Option* option, const std::vector<std::string>& values) {
+    line.choices[option] = values;
+    return option->check(CLI::IsMember(values));
+}
+
+void addCommonOptions(CLI::App& command, Options& options, CommandLine& line) {
     command
         .add_option_function<std::string>(
             "--root", [&options](const std::string& value) { options.root = value; },
             "documentation root: the folder that holds docCatalog/exampleapi (default: ZW_DOC_ROOT, "
             "else the bundled sample tree)")
         ->type_name("DIR");
-    command
-        .add_option_function<std::string>(
-            "--locale", [&options](const std::string& value) { options.locale = value; },
-            "read the catalogues of this locale, such as ja_JP or ja_JP.UTF-8 (default: from LC_ALL, "
-            "LC_MESSAGES or LANG)")
-        ->type_name("LOCALE");
-    command
-        .add_option("--color", color,
-                    "colour kinds and severities: auto (on a terminal, unless NO_COLOR "
-                    "is set), always or never")
-        ->type_name("WHEN")
-        ->check(CLI::IsMember({"auto", "always", "never"}));
+    CLI::Option* locale =
+        command
+            .add_option_function<std::string>(
+                "--locale", [&options](const std::string& value) { options.locale = value; },
+                "read the catalogues of this locale, such as ja_JP or ja_JP.UTF-8 (default: from LC_ALL, "
+                "LC_MESSAGES or LANG)")
+            ->type_name("LOCALE");
+    // Any form of a locale is taken; completion offers the plain ones that have catalogues.
+    std::vector<std::string>& locales = line.choices[locale] = {"en_US"};
+    for (const std::u16string& supported : zwhost::settings::supportedDocLocales()) {
+        locales.push_back(zwhost::unicode::utf16ToUtf8(supported));
+    }
+    oneOf(line,
+          command.add_option("--color", line.color,
+                             "colour kinds and severities: auto (on a terminal, unless NO_COLOR "
+                             "is set), always or never"),
+          {"auto", "always", "never"})
+        ->type_name("WHEN");
 }
 
 std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
@@ -65,7 +82,7 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
     const auto add = [&](const char* name, const char* description, CommandFunction function) {
         CLI::App* command = app.add_subcommand(name, description);
         command->set_help_flag("-h,--help", "print this help and exit");
-        addCommonOptions(*command, options, line->color);
+        addCommonOptions(*command, options, *line);
         line->commands.push_back({command, function});
         return command;
     };
@@ -77,9 +94,10 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
     list->add_flag("--json", options.json, "print JSON for scripts, one object keyed by help folder");
     list->add_option("--folder", options.folders, "only this help folder; may be given again")
         ->type_name("NAME");
-    list->add_option("--kind", options.kind, "only examples of this kind")
-        ->type_name("KIND")
-        ->transform(CLI::IsMember(kindNames(), CLI::ignore_case));
+    CLI::Option* kind = list->add_option("--kind", options.kind, "only examples of this kind")
+                            ->type_name("KIND")
+                            ->transform(CLI::IsMember(kindNames(), CLI::ignore_case));
+    line->choices[kind] = kindNames();
     list->add_option("ID", options.operands,
                      "only examples whose id matches one of these globs, such as "
                      "'graphics/*'");
@@ -93,24 +111,23 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
 
     CLI::App* check =
         add("check", "report every catalogue file or package that would be skipped, and why", checkCommand);
-    check->add_option("--format", options.format, "text, json or sarif")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json", "sarif"}));
+    oneOf(*line, check->add_option("--format", options.format, "text, json or sarif"),
+          {"text", "json", "sarif"})
+        ->type_name("FORMAT");
     check->add_flag("--strict", options.strict, "count warnings as errors for the exit status");
     check->footer("Exit status: 0 if all are good, 1 if any would be skipped, 2 for bad arguments.");
 
     CLI::App* coverage =
         add("coverage", "how far each locale's catalogues cover the English examples", coverageCommand);
-    coverage->add_option("--format", options.format, "text or json")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
+    oneOf(*line, coverage->add_option("--format", options.format, "text or json"), {"text", "json"})
+        ->type_name("FORMAT");
 
     CLI::App* schema =
         add("schema", "the JSON Schema of the catalogue format, or of the JSON of list, check or coverage",
             schemaCommand);
-    schema->add_option("--of", options.of, "catalogue (the default), list, check or coverage")
-        ->type_name("WHAT")
-        ->check(CLI::IsMember(schemaNames()));
+    oneOf(*line, schema->add_option("--of", options.of, "catalogue (the default), list, check or coverage"),
+          schemaNames())
+        ->type_name("WHAT");
     schema->footer("The same files are installed in share/exampledocparser, named WHAT.schema.json.");
 
     CLI::App* preview =
@@ -126,6 +143,11 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
 
     line->help = app.add_subcommand("help", "the help of a command");
     line->help->add_option("COMMAND", line->helpTopic, "the command");
+    line->completion = app.add_subcommand("completion", "print the script that completes exampledoc's words");
+    line->completion->set_help_flag("-h,--help", "print this help and exit");
+    oneOf(*line, line->completion->add_option("SHELL", line->shell, "the shell: bash")->required(), {"bash"});
+    line->completion->footer("For bash: source <(exampledoc completion bash), or save it as "
+                             "~/.local/share/bash-completion/completions/exampledoc.");
     app.require_subcommand(0, 1);
     return line;
 }
@@ -228,6 +250,93 @@ bool wantsColor(const std::string& when, bool outIsTerminal) {
     return when == "always" || (when == "auto" && outIsTerminal && (noColor == nullptr || *noColor == '\0'));
 }
 
+std::string spaced(const std::vector<std::string>& words) {
+    return boost::algorithm::join(words, " ");
+}
+
+std::string compgen(const std::string& words) {
+    return R"(COMPREPLY=($(compgen -W ")" + words + R"(" -- "$cur")))";
+}
+
+// The completion function; the marks are replaced by what the command line defines.
+constexpr std::string_view kBashCompletion =
+    R"(# bash completion for exampledoc, as 'exampledoc completion bash' prints it.
+
+_exampledoc() {
+    local cur prev words cword split
+    _init_completion -s || return
+
+    local command="" i
+    for ((i = 1; i < cword; i++)); do
+        case "${words[i]}" in
+            -*) ;;
+            *) command="${words[i]}"; break ;;
+        esac
+    done
+    if [[ -z $command ]]; then
+        COMPREPLY=($(compgen -W "@COMMANDS@ --help --version" -- "$cur"))
+        return
+    fi
+
+    case "$command $prev" in
+@VALUE_CASES@    esac
+    $split && return
+
+    local opts
+    case "$command" in
+@COMMAND_CASES@        *) return ;;
+    esac
+    [[ $cur == -* ]] && COMPREPLY=($(compgen -W "$opts" -- "$cur"))
+} &&
+    complete -F _exampledoc exampledoc
+)";
+
+// A bash completion script of the commands, options and option values that `line` defines.
+std::string bashCompletion(const CommandLine& line) {
+    std::vector<std::string> commands;
+    for (const Command& command : line.commands) {
+        commands.push_back(command.app->get_name());
+    }
+    // Each command's long options, or the words its operand takes; and, for each way of
+    // completing an option's value, the "command --option" pairs it follows.
+    std::string commandCases;
+    std::map<std::string, std::vector<std::string>> valueCases;
+    for (const CLI::App* command : line.app.get_subcommands({})) {
+        const std::string name = command->get_name();
+        if (command == line.help || command == line.completion) {
+            const auto& operand =
+                command == line.help ? commands : line.choices.at(command->get_option("SHELL"));
+            commandCases += "        " + name + ") " + compgen(spaced(operand)) + "; return ;;\n";
+            continue;
+        }
+        commandCases += "        " + name + ") opts=\"" + spaced(longOptions(*command)) + "\" ;;\n";
+        for (const CLI::Option* option : command->get_options()) {
+            if (option->get_positional() || option->get_expected_max() == 0) {
+                continue;
+            }
+            const auto choices = line.choices.find(option);
+            const std::string action = choices != line.choices.end()
+                                           ? compgen(spaced(choices->second)) + "; return"
+                                       : option->get_type_name() == "DIR" ? "_filedir -d; return"
+                                                                          : "return";
+            valueCases[action].push_back("\"" + name + " --" + option->get_lnames().front() + "\"");
+        }
+    }
+    std::string valueCaseText;
+    for (const auto& [action, patterns] : valueCases) {
+        valueCaseText +=
+            "        " + boost::algorithm::join(patterns, " | ") + ")\n            " + action + " ;;\n";
+    }
+    commands.insert(commands.end(), {"help", "completion"});
+    std::string script(kBashCompletion);
+    for (const auto& [mark, text] :
+         {std::pair{"@COMMANDS@", spaced(commands)}, std::pair{"@VALUE_CASES@", valueCaseText},
+          std::pair{"@COMMAND_CASES@", commandCases}}) {
+        script.replace(script.find(mark), std::string_view(mark).size(), text);
+    }
+    return script;
+}
+
 } // namespace
 
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool outIsTerminal) {
@@ -256,14 +365,18 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
         err << line->app.help();
         return 2;
     }
+    if (chosen.front() == line->completion) {
+        out << bashCompletion(*line);
+        return 0;
+    }
     if (chosen.front() == line->help) {
         if (line->helpTopic.empty()) {
             out << line->app.help();
             return 0;
         }
-        for (const Command& command : line->commands) {
-            if (command.app->get_name() == line->helpTopic) {
-                out << command.app->help("exampledoc");
+        for (const CLI::App* command : line->app.get_subcommands({})) {
+            if (command->get_name() == line->helpTopic) {
+                out << command->help("exampledoc");
                 return 0;
             }
         }

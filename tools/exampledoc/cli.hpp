@@ -19,7 +19,7 @@ struct CommandSpelling {
     std::vector<std::string> options;
 };
 
-/** Every command with its options, for documentation and completion to be checked against. */
+/** Every command with its options, for the manual page to be checked against. */
 std::vector<CommandSpelling> commandSpellings();
 
 } // namespace exampledoc
