@@ -4,7 +4,8 @@
 The catalogue schema refuses a catalogue exactly when 'exampledoc check' reports an error that a
 schema can express, over every catalogue of the repository and over variants of them (each
 member removed, each value and array element given each JSON type); the schemas of list, check
-and coverage describe what the tool prints; 'exampledoc schema' prints the files as they are.
+and coverage describe what the tool prints, and its SARIF follows the SARIF schema; 'exampledoc
+schema' prints the files as they are.
 
 Usage: schema_test.py EXAMPLEDOC SOURCE_DIR
 """
@@ -22,6 +23,7 @@ import jsonschema
 TOOL, SOURCE = sys.argv[1], pathlib.Path(sys.argv[2])
 SCHEMAS = SOURCE / "tools/exampledoc/schemas"
 SAMPLE = SOURCE / "examples/docroot"
+SARIF_SCHEMA = json.loads((SOURCE / "tests/data/sarif/sarif-schema-2.1.0.json").read_bytes())
 # The tool reads the sample tree in English, whatever the environment says.
 ENVIRONMENT = {k: v for k, v in os.environ.items()
                if k not in ("ZW_DOC_ROOT", "LC_ALL", "LC_MESSAGES", "LANG")}
@@ -90,14 +92,17 @@ def corpus():
 
 
 def check_tree(texts):
-    """Check's report on a tree holding each text as an English catalogue of its own."""
+    """Check's report on a tree holding each text as an English catalogue of its own; its SARIF
+    log follows the SARIF schema."""
     with tempfile.TemporaryDirectory() as root:
         for index, text in enumerate(texts):
             folder = pathlib.Path(root, "docCatalog/exampleapi", f"f{index}")
             folder.mkdir(parents=True)
             (folder / "c.json").write_text(text, encoding="utf-8")
         report = json.loads(tool("check", "--root", root, "--format", "json", status=(0, 1)))
+        sarif = json.loads(tool("check", "--root", root, "--format", "sarif", status=(0, 1)))
     validator("check").validate(report)
+    jsonschema.validate(sarif, SARIF_SCHEMA)
     return report
 
 
@@ -127,6 +132,7 @@ def test_output_schemas_describe_the_output():
     for name in ("check", "coverage", "list"):
         for golden in (SOURCE / "tests/data/exampledoc").glob(f"{name}*.json"):
             validator(name).validate(json.loads(golden.read_text(encoding="utf-8")))
+    jsonschema.validate(json.loads((SOURCE / "tests/data/exampledoc/check.sarif").read_bytes()), SARIF_SCHEMA)
 
 
 def test_schema_prints_the_installed_files():
