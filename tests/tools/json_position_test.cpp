@@ -47,10 +47,6 @@ TEST(JsonPosition, FindsEachPointerAtItsKeyOrValueInCharacters) {
         EXPECT_EQ(position.line, c.line);
         EXPECT_EQ(position.column, c.column);
     }
-    EXPECT_EQ(exampledoc::firstInvalidUtf8("ab\xE6\x97\xA5\x63\xC3("), 6U);
-    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xE6\x97"), 0U);
-    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xED\xA0\x80"), 0U) << "an encoded surrogate";
-    EXPECT_EQ(exampledoc::firstInvalidUtf8("\xE6\x97\xA5"), std::string::npos);
 }
 
 } // namespace

@@ -199,7 +199,8 @@ private:
                 "the text begins with a byte order mark; save it as UTF-8 without one", 0);
             return;
         }
-        if (const std::size_t bad = firstInvalidUtf8(text_); bad != kNone && bad <= offset) {
+        if (const std::size_t bad = zwhost::unicode::firstMalformedUtf8(text_);
+            bad != kNone && bad <= offset) {
             static constexpr char kHex[] = "0123456789ABCDEF";
             const auto byte = static_cast<unsigned char>(text_[bad]);
             add("not-utf8", {}, {},

@@ -9,7 +9,6 @@
 #include <boost/json/parse.hpp>
 
 #include "reference/docparser/catalogue_format_error.hpp"
-#include "zwhost/unicode.hpp"
 
 namespace exampledoc {
 namespace {
@@ -213,10 +212,6 @@ TextPosition LineIndex::at(std::size_t offset) const {
     const std::size_t lineStart = *(next - 1);
     return {static_cast<std::size_t>(next - starts_.begin()),
             charactersBefore(offset) - charactersBefore(lineStart) + 1};
-}
-
-std::size_t firstInvalidUtf8(std::string_view text) {
-    return zwhost::unicode::firstMalformedUtf8(text);
 }
 
 std::vector<std::size_t> locateJsonPointers(std::string_view text, const std::vector<std::string>& pointers) {

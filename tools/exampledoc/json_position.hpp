@@ -35,9 +35,6 @@ private:
     std::vector<std::size_t> characters_; // before each stride's first byte
 };
 
-/** The offset of the first byte of `text` that does not begin a valid UTF-8 sequence, or npos. */
-std::size_t firstInvalidUtf8(std::string_view text);
-
 /** For each JSON pointer, the byte offset where it begins in the JSON text `text`: a member at
     the opening quote of its key, an array element and the root at their first byte; npos for a
     pointer the text does not hold, or past a syntax error. */

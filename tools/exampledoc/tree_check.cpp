@@ -464,7 +464,7 @@ CheckReport checkTree(const TreeScope& scope, const CatalogueRead& read) {
     // UTF-8 has each bad byte replaced.
     for (Finding& finding : report.findings) {
         for (std::string* text : {&finding.file, &finding.message}) {
-            if (firstInvalidUtf8(*text) != std::string::npos) {
+            if (zwhost::unicode::firstMalformedUtf8(*text) != std::string::npos) {
                 *text = utf16ToUtf8(zwhost::unicode::utf8ToUtf16Replacing(*text));
             }
         }
