@@ -18,7 +18,7 @@
 #include "bridge/bridge_fixture.hpp"
 #include "bridge/require_scalar_error.hpp"
 #include "catalogue/catalogue_parser.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
@@ -228,7 +228,7 @@ TEST_F(AllocationFailure, FailedRootOperationsKeepTheEarlierRoot) {
 
 TEST_F(AllocationFailure, WholeReadThrowsOrGivesAConsistentPart) {
     const zwtest::TempDir dir;
-    zwtest::writeSmallTree(dir);
+    zwtest::writeTree(dir.path(), "small");
     const auto read = [&] { return DocExampleParser::getDocExampleFiles(zwtest::u16(dir.path().string())); };
     zwhost::settings::setCurrentLocale(u"ko_KR");
     const ExampleCatalogues english = read();

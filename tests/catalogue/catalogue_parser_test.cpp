@@ -11,7 +11,7 @@
 #include "reference/docparser/catalogue_format_error.hpp"
 #include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "example/docparser/doc_example_parser.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 #include "zwhost/settings.hpp"
 
 namespace {
@@ -13,7 +13,7 @@ using example::docparser::DocExampleParser;
 
 TEST(Concurrency, ParsesAndRootOperationsRunSideBySide) {
     zwtest::TempDir dir;
-    zwtest::writeSmallTree(dir);
+    zwtest::writeTree(dir.path(), "small");
     zwhost::settings::setCurrentLocale(u"ja_JP");
     const std::u16string root = zwtest::u16(dir.path().string());
     const auto expected = DocExampleParser::getDocExampleFiles(root);

@@ -8,7 +8,7 @@
 
 #include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 #include "zwhost/fault.hpp"
 #include "zwhost/settings.hpp"
 #include "zwhost/skip_watch.hpp"
@@ -86,7 +86,7 @@ TEST_F(DocExampleParserTest, TheRootIsComputedOnceAndTheSuffixAddedOnEverySet) {
 }
 
 TEST_F(DocExampleParserTest, AFailedCallCostsItsFileItsPackageOrTheWholeCall) {
-    zwtest::writeSmallTree(dir);
+    zwtest::writeTree(dir.path(), "small");
     const std::map<std::string, int> errors = {{"EACCES", EACCES}, {"EINTR", EINTR}, {"EIO", EIO}};
     // Each line of tests/data/trees/FAULTS: a host call, or a system call and the error it gives,
     // failing at its n-th call, how many files and packages the host counts as given up, and what

@@ -5,7 +5,7 @@
 #include "catalogue/catalogue_parser.hpp"
 #include "support/case_tree.hpp"
 #include "support/host_leak_check.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 
 namespace {
 

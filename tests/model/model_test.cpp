@@ -8,7 +8,7 @@
 #include "bridge/bridge_fixture.hpp"
 #include "example/docparser/example_item.hpp"
 #include "example/docparser/example_type.hpp"
-#include "support/small_tree.hpp"
+#include "support/result_text.hpp"
 
 namespace {
 

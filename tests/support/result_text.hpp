@@ -1,6 +1,6 @@
 #pragma once
-// A small documentation tree of loose files and packages, English and localised, and a check
-// that the result of a run that lost some of it is a consistent part of the whole.
+// What a read gives, as text, and a check that the result of a run that lost some of a tree is a
+// consistent part of the whole.
 
 #include <string>
 
@@ -10,13 +10,6 @@
 #include "zwhost/unicode.hpp"
 
 namespace zwtest {
-
-/** Writes the tree under `dir`, for the current locale ja_JP: help folder "h" from a loose
-    English and a loose Japanese file, "k" from a package of both, "g" from a one-catalogue
-    Japanese package over a loose English file, and "z" from a Chinese file, never read. */
-inline void writeSmallTree(const TempDir& dir) {
-    writeTree(dir.path(), "small");
-}
 
 /** Every field of an item, as one line of text. */
 inline std::string describe(const example::docparser::ExampleItem& item) {
