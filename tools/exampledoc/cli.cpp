@@ -45,7 +45,8 @@ CLI::Option* oneOf(CommandLine& line, CLI::Option* option, const std::vector<std
     return option->check(CLI::IsMember(values));
 }
 
-void addCommonOptions(CLI::App& command, Options& options, CommandLine& line) {
+void addCommonOptions(CLI::App& command, Options& options, CommandLine& line,
+                      const std::vector<std::string>& locales) {
     command
         .add_option_function<std::string>(
             "--root", [&options](const std::string& value) { options.root = value; },
@@ -60,10 +61,7 @@ void addCommonOptions(CLI::App& command, Options& options, CommandLine& line) {
                 "LC_MESSAGES or LANG)")
             ->type_name("LOCALE");
     // Any form of a locale is taken; completion offers the plain ones that have catalogues.
-    std::vector<std::string>& locales = line.choices[locale] = {"en_US"};
-    for (const std::u16string& supported : zwhost::settings::supportedDocLocales()) {
-        locales.push_back(zwhost::unicode::utf16ToUtf8(supported));
-    }
+    line.choices[locale] = locales;
     oneOf(line,
           command.add_option("--color", line.color,
                              "colour kinds and severities: auto (on a terminal, unless NO_COLOR "
@@ -79,10 +77,14 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
     app.set_help_flag("-h,--help", "print this help and exit");
     app.footer("Run 'exampledoc help COMMAND' or 'exampledoc COMMAND --help' for the options of a command.");
 
+    std::vector<std::string> locales = {"en_US"};
+    for (const std::u16string& supported : zwhost::settings::supportedDocLocales()) {
+        locales.push_back(zwhost::unicode::utf16ToUtf8(supported));
+    }
     const auto add = [&](const char* name, const char* description, CommandFunction function) {
         CLI::App* command = app.add_subcommand(name, description);
         command->set_help_flag("-h,--help", "print this help and exit");
-        addCommonOptions(*command, options, *line);
+        addCommonOptions(*command, options, *line, locales);
         line->commands.push_back({command, function});
         return command;
     };
@@ -94,10 +96,11 @@ std::unique_ptr<CommandLine> makeCommandLine(Options& options) {
     list->add_flag("--json", options.json, "print JSON for scripts, one object keyed by help folder");
     list->add_option("--folder", options.folders, "only this help folder; may be given again")
         ->type_name("NAME");
+    const std::vector<std::string> kinds = kindNames();
     CLI::Option* kind = list->add_option("--kind", options.kind, "only examples of this kind")
                             ->type_name("KIND")
-                            ->transform(CLI::IsMember(kindNames(), CLI::ignore_case));
-    line->choices[kind] = kindNames();
+                            ->transform(CLI::IsMember(kinds, CLI::ignore_case));
+    line->choices[kind] = kinds;
     list->add_option("ID", options.operands,
                      "only examples whose id matches one of these globs, such as "
                      "'graphics/*'");
@@ -299,10 +302,12 @@ std::string bashCompletion(const CommandLine& line) {
     }
     // Each command's long options, or the words its operand takes; and, for each way of
     // completing an option's value, the "command --option" pairs it follows.
+    std::vector<std::string> allCommands;
     std::string commandCases;
     std::map<std::string, std::vector<std::string>> valueCases;
     for (const CLI::App* command : line.app.get_subcommands({})) {
         const std::string name = command->get_name();
+        allCommands.push_back(name);
         if (command == line.help || command == line.completion) {
             const auto& operand =
                 command == line.help ? commands : line.choices.at(command->get_option("SHELL"));
@@ -327,10 +332,9 @@ std::string bashCompletion(const CommandLine& line) {
         valueCaseText +=
             "        " + boost::algorithm::join(patterns, " | ") + ")\n            " + action + " ;;\n";
     }
-    commands.insert(commands.end(), {"help", "completion"});
     std::string script(kBashCompletion);
     for (const auto& [mark, text] :
-         {std::pair{"@COMMANDS@", spaced(commands)}, std::pair{"@VALUE_CASES@", valueCaseText},
+         {std::pair{"@COMMANDS@", spaced(allCommands)}, std::pair{"@VALUE_CASES@", valueCaseText},
           std::pair{"@COMMAND_CASES@", commandCases}}) {
         script.replace(script.find(mark), std::string_view(mark).size(), text);
     }
