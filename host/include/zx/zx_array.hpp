@@ -42,7 +42,7 @@ enum zxComplexity : int { zxREAL = 0, zxCOMPLEX = 1 };
 
 /** Where an array lives in the host's workspace; the values are the host's. */
 enum zxVariableScope : int {
-    zxSCOPE_UNSET,
+    zxSCOPE_UNSET = 0,
     zxSCOPE_TEMPORARY = 4,
     zxSCOPE_CACHED = 6,
 };
